@@ -1,0 +1,16 @@
+// The two decoders behind DecodePicture.
+#ifndef KVX_CODECS_CODEC_IMPL_H_
+#define KVX_CODECS_CODEC_IMPL_H_
+
+#include <string>
+#include <string_view>
+
+#include "picture.h"
+
+bool DecodePng(std::string_view bytes, Picture& picture, std::string& error);
+bool DecodeJpeg(std::string_view bytes, Picture& picture, std::string& error);
+
+// False, with the reason, for a size beyond the limits.
+bool CheckPictureSize(int64_t width, int64_t height, std::string& error);
+
+#endif  // KVX_CODECS_CODEC_IMPL_H_

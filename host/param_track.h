@@ -1,0 +1,27 @@
+// Parameter values of a run: what the user set, as constants or as values at frames.
+#ifndef KVX_HOST_PARAM_TRACK_H_
+#define KVX_HOST_PARAM_TRACK_H_
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "plugin.h"
+
+class ParamTracks {
+ public:
+  // `settings` are texts "NAME=VALUE" or "NAME=FRAME:VALUE,FRAME:VALUE,...", linear between the frames. Throws UsageError for
+  // an unknown parameter and for a value that is no number or out of range. `opacity` is in percent.
+  ParamTracks(const EffectInfo& effect, const std::vector<std::string>& settings, double opacity);
+
+  // `milliseconds` feeds a parameter "Time" that the user did not set.
+  FrameValues At(int64_t frame, double milliseconds) const;
+
+ private:
+  using Track = std::map<double, double>;  // frame -> value
+  std::map<std::string, Track> tracks_;
+  std::map<std::string, std::string> texts_;
+  bool feedsTime_ = false;
+};
+
+#endif  // KVX_HOST_PARAM_TRACK_H_

@@ -1,0 +1,126 @@
+#include "ToneTable.h"
+
+#include <cmath>
+
+#include "frame.h"
+#include "numeric.h"
+
+// How an effect file reads, here and everywhere: parameter rows as data; kernels as free functions over views and plain
+// numbers; then the class, whose Process turns parameters into numbers and calls the kernels.
+
+namespace {
+
+// The spelling of the parameter names is meant: hosts and catalogues know them so.
+constexpr ParamRow kBrightnessParams[] = {{u"Bringhtness", 0, 0, 100}};
+constexpr ParamRow kContrastParams[] = {{u"Contranst", 0, 0, 100}};
+constexpr ParamRow kGammaParams[] = {{u"Gamma", 0, 1, 100}};
+constexpr ParamRow kThresHoldParams[] = {{u"ThresHold", 0, 0, 255}};
+
+// Brightness and contrast map 0..100 to a level of -256..256, and report the level mapped back.
+int32_t LevelOf(double percent) { return Trunc32((percent / 100 - 0.5) * 512); }
+double PercentOf(int32_t level) { return (static_cast<double>(level) + 256) / 512 * 100; }
+
+// (a * b) >> 8 for any level: products of far-off levels wrap.
+int32_t Scale(int32_t a, int32_t b) { return WrapMul(a, b) >> 8; }
+
+ToneTable BrightnessTable(int32_t level) {
+  ToneTable table;
+  for (int32_t i = 0; i < 256; ++i) {
+    // 256 - i, not 255 - i: entry 255 still receives level >> 8.
+    table[i] = static_cast<uint8_t>(level >= 0 ? CLAMP0255(WrapAdd(i, Scale(256 - i, level)))
+                                               : CLAMP0255(Scale(i, WrapAdd(256, level))));
+  }
+  return table;
+}
+
+ToneTable ContrastTable(int32_t level) {
+  ToneTable table;
+  for (int32_t i = 0; i < 256; ++i) {
+    table[i] = static_cast<uint8_t>(i < 128 ? CLAMP0255(WrapSub(i, Scale(128 - i, level)))
+                                            : CLAMP0255(WrapAdd(i, Scale(i - 128, level))));
+  }
+  return table;
+}
+
+ToneTable GammaTable(double gamma) {
+  const double exponent = 1 / gamma;
+  const double divisor = std::pow(255.0, exponent) / 255;
+  ToneTable table;
+  for (int32_t i = 0; i < 256; ++i) {
+    table[i] = static_cast<uint8_t>(ClampInt(Trunc32(std::pow(static_cast<double>(i), exponent) / divisor), 0, 255));
+  }
+  return table;
+}
+
+ToneTable ThresHoldTable(uint8_t threshold) {
+  ToneTable table;
+  for (int32_t i = 0; i < 256; ++i) table[i] = threshold > 254 || i < threshold ? 0 : 255;
+  return table;
+}
+
+// Bytes 0 to 2 of every pixel through the table, byte 3 copied.
+void MapTone(ConstFrameView src, FrameView dst, const ToneTable& table) {
+  for (int32_t y = 0; y < dst.height; ++y) {
+    const uint8_t* in = src.Row(y);
+    uint8_t* out = dst.Row(y);
+    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4) {
+      out[0] = table[in[0]];
+      out[1] = table[in[1]];
+      out[2] = table[in[2]];
+      out[3] = in[3];
+    }
+  }
+}
+
+}  // namespace
+
+CBrightness::CBrightness(int32_t width, int32_t height)
+    : CBaseFilterProc(width, height), table_(BrightnessTable(level_)) {}
+
+void CBrightness::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  DescribeParam(desc, index, kBrightnessParams, {PercentOf(level_)});
+}
+
+void CBrightness::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
+  level_ = LevelOf(Param(params, 1));
+  table_ = BrightnessTable(level_);
+  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
+}
+
+CContrast::CContrast(int32_t width, int32_t height) : CBaseFilterProc(width, height), table_(ContrastTable(level_)) {}
+
+void CContrast::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  DescribeParam(desc, index, kContrastParams, {PercentOf(level_)});
+}
+
+void CContrast::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
+  level_ = LevelOf(Param(params, 1));
+  table_ = ContrastTable(level_);
+  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
+}
+
+CGamma::CGamma(int32_t width, int32_t height) : CBaseFilterProc(width, height), table_(GammaTable(gamma_)) {}
+
+// Reports the field as it is: 50 before the first frame, the divided value after it.
+void CGamma::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  DescribeParam(desc, index, kGammaParams, {gamma_});
+}
+
+void CGamma::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
+  gamma_ = Param(params, 1) / 50;
+  table_ = GammaTable(gamma_);
+  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
+}
+
+CThresHold::CThresHold(int32_t width, int32_t height)
+    : CBaseFilterProc(width, height), table_(ThresHoldTable(threshold_)) {}
+
+void CThresHold::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  DescribeParam(desc, index, kThresHoldParams, {static_cast<double>(threshold_)});
+}
+
+void CThresHold::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
+  threshold_ = TruncByte(Param(params, 1));
+  table_ = ThresHoldTable(threshold_);
+  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
+}

@@ -1,0 +1,77 @@
+#include "kvx/exports.h"
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "catalogue_loader.h"
+#include "effect_object.h"
+#include "filter_probe.h"
+#include "host_log.h"
+#include "register_effect.h"
+#include "registry.h"
+#include "suite_store.h"
+
+using vizcore::PureCFilter;
+using vizcore::SuiteStore;
+
+int32_t StartupKVX(HostStartupRecord* host, PluginStartupInfo* info) {
+  SuiteStore::Get().Acquire(*host->provider);
+  PureCFilter* registry = PureCFilter::GetInstance();
+  if (registry) registry->LoadFilters();
+  *info = {1, 1, "PureCPluginFilter", "org.kvx.purecfilter", "PureCPluginFilter Desc", "",
+           static_cast<uint32_t>(registry ? registry->Count() : 0), 0};
+  return kStatusOk;
+}
+
+int32_t ShutdownKVX() {
+  PureCFilter::Destroy();
+  return kStatusOk;
+}
+
+int32_t RegisterKVXEffect(int32_t index, HostEffectRegistrar* registrar) {
+  if (index < 0 || !registrar) return kStatusBadArgument;
+  PureCFilter* registry = PureCFilter::GetInstance();
+  const std::shared_ptr<NLEFilterInfo> info = registry ? registry->At(static_cast<size_t>(index)) : nullptr;
+  if (!info) return kStatusBadArgument;
+  return vizcore::RegisterEffect(info, *registrar);
+}
+
+int32_t RegisterKVXEffectFromConfPath(const char* path, HostEffectRegistrar* registrar) {
+  PureCFilter::GetInstance();
+  HostUtilSuite* host = SuiteStore::Get().hostUtil;
+  std::vector<std::shared_ptr<NLEFilterInfo>> infos;
+  nlohmann::json array;
+  vizcore::ScanFilterDirectory(host, path, infos, array, false, false);
+  if (infos.empty()) {
+    Log(host, kHostLogError, "Register PureCFilter Failed: %s", path);
+    return kStatusBadArgument;
+  }
+  if (!registrar) return kStatusBadArgument;
+  return vizcore::RegisterEffect(infos.front(), *registrar);
+}
+
+int32_t CreateKVXEffect(const char* guid, int32_t reserved, KVXEffect** effect) {
+  if (reserved != 0) return kStatusBadArgument;
+  HostUtilSuite* host = SuiteStore::Get().hostUtil;
+  PureCFilter* registry = PureCFilter::GetInstance();
+  const std::shared_ptr<NLEFilterInfo> info = registry ? registry->GetNLEFilterInfoByName(guid) : nullptr;
+  if (!info) {
+    Log(host, kHostLogError, "Create PureC Effect Failed: %s", guid);
+    return kStatusBadArgument;
+  }
+  std::shared_ptr<vizcore::NLEPureCFilter> filter = vizcore::CreatePureCFilterFromInfo(host, info, true).filter;
+  auto object = std::make_unique<vizcore::KVXPureCPluginFilterEffect>(info);
+  // Without a filter the object exists all the same, and fails its renders.
+  object->SetFilter(std::move(filter));
+  *effect = object.release();
+  Log(host, kHostLogInfo, "Create PureC Effect Success: %s", guid);
+  return kStatusOk;
+}
+
+int32_t ReleaseKVXEffect(KVXEffect* effect) {
+  delete dynamic_cast<vizcore::KVXPureCPluginFilterEffect*>(effect);
+  return kStatusOk;
+}

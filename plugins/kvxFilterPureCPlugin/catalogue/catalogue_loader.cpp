@@ -1,0 +1,172 @@
+#include "catalogue_loader.h"
+
+#include <tinyxml2.h>
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <optional>
+#include <utility>
+
+#include "files.h"
+#include "filter_parser.h"
+#include "filter_probe.h"
+#include "host_log.h"
+#include "kvx/exports.h"
+#include "text.h"
+
+namespace vizcore {
+
+namespace {
+
+using nlohmann::json;
+
+std::string g_resourceRoot;
+
+bool Contains(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
+
+bool IsFrameRatioDirectory(const std::string& name) {
+  return Contains(name, "2_") || Contains(name, "3_") || Contains(name, "4_") || Contains(name, "16_");
+}
+
+struct Scan {
+  HostUtilSuite* host;
+  std::vector<std::shared_ptr<NLEFilterInfo>>& infos;
+  json& array;
+  bool recordDataPath;
+  bool subsetOnly;
+  std::vector<DirectoryId> above;  // the directories that lead here: a link back to one of them is not followed
+
+  int32_t Directory(const std::string& path);
+};
+
+int32_t Scan::Directory(const std::string& path) {
+  const std::optional<std::vector<DirectoryEntry>> entries = ListDirectory(path);
+  const std::optional<DirectoryId> id = IdentifyDirectory(path);
+  if (!entries || !id || std::find(above.begin(), above.end(), *id) != above.end()) return 5;
+  above.push_back(*id);
+  const std::string base = path + "/";
+  std::string configFile;
+  std::string xmlFile;
+  for (const DirectoryEntry& entry : *entries) {
+    if (entry.isDirectory) {
+      if (!subsetOnly || IsFrameRatioDirectory(entry.name)) Directory(base + entry.name);
+    } else if (subsetOnly) {
+      continue;
+    } else if (Contains(entry.name, ".conf")) {
+      configFile = base + entry.name;
+    } else if (Contains(entry.name, "filter.xml")) {
+      xmlFile = base + entry.name;
+    }
+  }
+  above.pop_back();
+  if (configFile.empty()) return 1;
+  if (!xmlFile.empty()) {
+    // The configuration file seen here is then only a marker: the XML file names the one that counts.
+    char name[kConfigFileNameSize];
+    if (!ReadConfigFileName(name, xmlFile)) return 1;
+    configFile = base + name;
+  }
+  auto info = GetFilterInfoFromJson(host, configFile, array, recordDataPath);
+  if (!info) return 1;
+  infos.push_back(std::move(info));
+  return 0;
+}
+
+}  // namespace
+
+void LoadCatalogue(HostUtilSuite& host, const std::function<void(std::shared_ptr<NLEFilterInfo>)>& add) {
+  char buffer[512] = "resources";
+  host.GetHostPath(1, buffer, sizeof buffer);
+  buffer[sizeof buffer - 1] = '\0';
+  const std::string root = buffer;
+  if (const auto material = WidenUtf8(root + "/kvx_effect/material")) SetMergeImagePath(material->c_str());
+
+  const auto addIfEffectExists = [&](std::shared_ptr<NLEFilterInfo> info) {
+    if (info && CreatePureCFilterFromInfo(&host, info, false).exists) add(std::move(info));
+  };
+  json catalogue;
+  if (LoadJsonFromPath(&host, root, catalogue)) {
+    for (const json& element : catalogue) {
+      if (!element.is_object() || !element.contains("DATAPATH")) continue;
+      addIfEffectExists(ParseFilterInfo(element, root + element.at("DATAPATH").get<std::string>()));
+    }
+    return;
+  }
+  std::vector<std::shared_ptr<NLEFilterInfo>> infos;
+  json array;
+  ScanFilterDirectory(&host, root + "/kvx_effect/nle_default", infos, array, true, false);
+  for (auto& info : infos) addIfEffectExists(std::move(info));
+}
+
+bool LoadJsonFromPath(HostUtilSuite* host, const std::string& root, json& out) {
+  g_resourceRoot = root;
+  const std::string path = root + "/kvx_effect/material/PureCFilter.conf";
+  const std::optional<std::string> text = ReadFile(path);
+  if (!text) {
+    Log(host, kHostLogError, "[LoadJsonFromPath]Open PureCFilterConf Failed: %s", path.c_str());
+    return false;
+  }
+  out = nullptr;
+  try {
+    out = json::parse(*text);
+  } catch (const json::exception&) {
+    out = nullptr;
+    Log(host, kHostLogError, "[LoadJsonFromPath]Read PureCFilterConf Failed: %s", path.c_str());
+    return false;
+  }
+  Log(host, kHostLogInfo, "[LoadJsonFromPath]Load PureCFilterConf Success: %s", path.c_str());
+  return true;
+}
+
+int32_t ScanFilterDirectory(HostUtilSuite* host, const std::string& path,
+                            std::vector<std::shared_ptr<NLEFilterInfo>>& infos, json& array, bool recordDataPath,
+                            bool subsetOnly) {
+  return Scan{host, infos, array, recordDataPath, subsetOnly, {}}.Directory(path);
+}
+
+std::shared_ptr<NLEFilterInfo> GetFilterInfoFromJson(HostUtilSuite* host, const std::string& path, json& array,
+                                                     bool recordDataPath) {
+  const size_t separator = path.find_last_of("\\/");
+  const std::string dataPath = separator == std::string::npos ? std::string() : path.substr(0, separator + 1);
+  const std::optional<std::string> text = ReadFile(path);
+  if (!text) return nullptr;
+  json object;
+  try {
+    object = json::parse(*text);
+  } catch (const json::exception&) {
+    object = nullptr;
+  }
+  const json* parsed = &object;
+  if (recordDataPath) {
+    try {
+      object["DATAPATH"] = dataPath.substr(g_resourceRoot.size());
+      // Moved, not copied: a copy of a deeply nested value would exhaust the stack.
+      array.push_back(std::move(object));
+      parsed = &array.back();
+    } catch (const std::exception&) {
+      Log(host, kHostLogError, "[GetFilterInfoFromJson]PureCFilterConf emplace back failed: %s", dataPath.c_str());
+    }
+  }
+  return ParseFilterInfo(*parsed, dataPath);
+}
+
+int32_t ReadConfigFileName(char (&out)[kConfigFileNameSize], const std::string& path) {
+  const std::optional<std::string> text = ReadFile(path);
+  if (!text) return 0;
+  tinyxml2::XMLDocument document;
+  if (document.Parse(text->data(), text->size()) != tinyxml2::XML_SUCCESS) return 0;
+  const tinyxml2::XMLElement* element = nullptr;
+  const tinyxml2::XMLNode* node = &document;
+  for (const char* name : {"Filter", "GPUFilter", "ConfigFile"}) {
+    element = node->FirstChildElement(name);
+    if (!element) return 0;
+    node = element;
+  }
+  const char* name = element->GetText();
+  if (!name || std::strlen(name) >= sizeof out) return 0;
+  std::strcpy(out, name);
+  return 1;
+}
+
+}  // namespace vizcore

@@ -1,0 +1,55 @@
+// The eleven functions that kvxFilterPureCPlugin.so exports. A host opens the library at run time and takes them by name.
+//
+// Order of calls: StartupKVX once; RegisterKVXEffect for each index below PluginStartupInfo::filterCount; CreateKVXEffect,
+// frames, ReleaseKVXEffect; ShutdownKVX once. To start again, unload the library first.
+#ifndef KVX_EXPORTS_H_
+#define KVX_EXPORTS_H_
+
+#include <cstdint>
+
+#include "kvx/host.h"
+#include "kvx/processor.h"
+#include "kvx/records.h"
+
+#define KVX_EXPORT __attribute__((visibility("default")))
+
+extern "C" {
+
+// Takes the host's suites, reads the catalogue and fills `info`. Always 0. Exceptions of a malformed catalogue (a value of a
+// wrong type) pass through.
+KVX_EXPORT int32_t StartupKVX(HostStartupRecord* host, PluginStartupInfo* info);
+
+// Drops the catalogue. Effect objects that exist stay valid. Always 0.
+KVX_EXPORT int32_t ShutdownKVX();
+
+// Declares effect `index` of the catalogue to `registrar`. 0, or 2 for a bad index, a null registrar or an unknown effect.
+KVX_EXPORT int32_t RegisterKVXEffect(int32_t index, HostEffectRegistrar* registrar);
+
+// Declares the effect whose configuration stands in the directory `path` (UTF-8). 0, or 2 if there is none.
+KVX_EXPORT int32_t RegisterKVXEffectFromConfPath(const char* path, HostEffectRegistrar* registrar);
+
+// Makes an effect object for `guid`; `reserved` is 0. 0, or 2 with `*effect` left alone.
+KVX_EXPORT int32_t CreateKVXEffect(const char* guid, int32_t reserved, KVXEffect** effect);
+
+// Ends an effect object of this plug-in; anything else, null included, is ignored.
+KVX_EXPORT int32_t ReleaseKVXEffect(KVXEffect* effect);
+
+// Number of rows of the effect table: 242.
+KVX_EXPORT int32_t GetEffectsCounts();
+
+// Row `index` of the effect table, or null beyond it. Valid while the library is loaded.
+KVX_EXPORT const EffectPluginInfo* GetEffectPluginsInfo(uint32_t index);
+
+// Makes the processor of effect `id` for frames of `width` by `height`. 1, with the processor, which the caller deletes, in
+// `*processor`; or 0 with `*processor` left alone.
+KVX_EXPORT int32_t FindEffectByID(int32_t id, uint32_t width, uint32_t height, CBaseFilterProc** processor);
+
+// 0: the one pixel format there is.
+KVX_EXPORT int32_t GetEffectPixFormat();
+
+// Names the directory above "Merge", where processors made from now on find their material images. 1, or 0 for null.
+KVX_EXPORT int32_t SetMergeImagePath(const char16_t* path);
+
+}  // extern "C"
+
+#endif  // KVX_EXPORTS_H_

@@ -1,0 +1,239 @@
+#include "pure_c_filter.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "alpha_blend.h"
+#include "numeric.h"
+#include "text.h"
+
+namespace vizcore {
+
+namespace {
+
+constexpr double kFrameRate = 25.0;
+constexpr size_t kKeyNameSize = 38;     // a name's key is its first 37 characters
+constexpr size_t kRenderNameSize = 128;
+constexpr size_t kMaxValues = std::size(ParamValueArray{}.value);
+
+bool IsTimeDriven(int32_t id) { return (id >= 366 && id <= 370) || (id >= 373 && id <= 1371); }
+bool IsBackgroundFill(int32_t id) { return id >= 1374 && id <= 2372; }
+
+std::string NameOf(const NLEFilterParams& params, size_t size) {
+  char name[kRenderNameSize];
+  params.GetName(name, std::min(size, sizeof name));
+  return name;
+}
+
+// A 64-bit float cut toward zero to a 64-bit integer, of which the low half counts.
+int32_t LowWordOfTrunc64(double value) {
+  constexpr double kLimit = 9223372036854775808.0;
+  return value >= -kLimit && value < kLimit ? static_cast<int32_t>(static_cast<int64_t>(value)) : 0;
+}
+
+// Kind and values by the processor's parameter type.
+void FillFromDesc(NLEFilterParams& params, const FilterParamDesc& desc) {
+  const auto fill = [&](ParamKind kind, auto convert) {
+    params.SetKind(kind);
+    params.SetRange(NLEParamValue::Of(convert(desc.minimum)), NLEParamValue::Of(convert(desc.maximum)));
+    params.SetDefault(NLEParamValue::Of(convert(desc.defaultValue)));
+  };
+  switch (desc.type) {
+    case 0:
+    case 1:
+      fill(ParamKind::kInt32, Trunc32);
+      break;
+    case 2:
+      fill(ParamKind::kDouble, [](double value) { return value; });
+      break;
+    case 4:
+      fill(ParamKind::kInt32, LowWordOfTrunc64);
+      break;
+    default:
+      params.SetKind(ParamKind::kNone);
+      break;
+  }
+  NLEParamValue value;
+  params.GetDefault(value);
+  params.SetValue(value);
+}
+
+}  // namespace
+
+NLEPureCFilter::NLEPureCFilter(std::shared_ptr<NLEFilterInfo> description) : description_(std::move(description)) {
+  for (int a = 0; a < 256; ++a) {
+    for (int b = 0; b < 256; ++b) productTable_[a][b] = static_cast<uint8_t>(a * b / 255);
+  }
+}
+
+NLEPureCFilter::~NLEPureCFilter() = default;
+
+int32_t NLEPureCFilter::Init(ProcessorFactory factory, const EffectPluginInfo* record) {
+  if (!factory || !record) return 1;
+  factory_ = factory;
+  record_ = record;
+  CBaseFilterProc* made = nullptr;
+  if (!factory(record->effectId, 640, 640, &made) || !made) return 1;
+  const std::unique_ptr<CBaseFilterProc> reporter(made);
+
+  int32_t paramCount = description_->GetParamCount();
+  for (int32_t i = 0; i < paramCount; ++i) {
+    std::shared_ptr<NLEFilterParams> params;
+    description_->GetParam(params, i);
+    if (!params) continue;
+    std::shared_ptr<NLEFilterParams> own;
+    params->Clone(own);
+    params_.emplace(NameOf(*own, kKeyNameSize), std::move(own));
+  }
+  DescribeByProcessor(*reporter, paramCount);
+
+  NLEParamValue value;
+  if (!GetParamValue("alpha", value)) {
+    auto alpha = std::make_shared<NLEFilterParams>();
+    alpha->SetAlias("alpha");
+    alpha->SetName("alpha");
+    alpha->SetKind(ParamKind::kInt32);
+    alpha->SetRange(NLEParamValue::Of(int32_t{0}), NLEParamValue::Of(int32_t{100}));
+    alpha->SetDefault(NLEParamValue::Of(int32_t{100}));
+    alpha->SetValue(NLEParamValue::Of(int32_t{100}));
+    AddParam(std::move(alpha), "alpha", paramCount);
+  }
+  return 0;
+}
+
+// Adds what the processor reports and the catalogue does not name: where both speak the catalogue wins.
+void NLEPureCFilter::DescribeByProcessor(CBaseFilterProc& processor, int32_t& paramCount) {
+  for (int32_t i = 0; i < record_->paramCount; ++i) {
+    FilterParamDesc desc{};
+    processor.GetParamDesc(&desc, i);
+    const std::u16string_view wide(desc.name, std::find(std::begin(desc.name), std::end(desc.name), u'\0') - desc.name);
+    const std::string name = NarrowUtf8(wide);
+    NLEParamValue value;
+    if (GetParamValue(name, value)) continue;
+    auto params = std::make_shared<NLEFilterParams>();
+    params->SetAlias(name.c_str());
+    params->SetName(name.c_str());
+    FillFromDesc(*params, desc);
+    AddParam(std::move(params), name, paramCount);
+  }
+}
+
+void NLEPureCFilter::AddParam(std::shared_ptr<NLEFilterParams> params, const std::string& name, int32_t& paramCount) {
+  std::shared_ptr<NLEFilterParams> shared;
+  params->Clone(shared);
+  params_[name] = std::move(params);
+  description_->AddParam(paramCount, std::move(shared));
+  description_->SetParamCount(++paramCount);
+}
+
+int32_t NLEPureCFilter::SetCurrentFrame(int32_t frame) {
+  currentFrame_ = frame;
+  return 0;
+}
+
+int32_t NLEPureCFilter::SetTotalFrames(int32_t count) {
+  totalFrames_ = count;
+  return 0;
+}
+
+int32_t NLEPureCFilter::SetParamValue(const std::string& name, ParamKind, const NLEParamValue& value) {
+  const auto found = params_.find(name);
+  if (found == params_.end() || !found->second) return 2;
+  found->second->SetValue(value);
+  return 0;
+}
+
+bool NLEPureCFilter::GetParamValue(const std::string& name, NLEParamValue& out) const {
+  const auto found = params_.find(name);
+  if (found == params_.end() || !found->second) return false;
+  found->second->GetValue(out);
+  return true;
+}
+
+ParamValueArray NLEPureCFilter::GatherValues() {
+  ParamValueArray values{};
+  values.effectId = record_->effectId;
+  const int32_t count = description_->GetParamCount();
+  for (int32_t i = 0; i < count; ++i) {
+    std::shared_ptr<NLEFilterParams> params;
+    description_->GetParam(params, i);
+    if (!params) continue;
+    const std::string name = NameOf(*params, kRenderNameSize);
+    const auto& own = params_[name];
+    if (!own) continue;
+    NLEParamValue value;
+    own->GetValue(value);
+    if (i == count - 1 && name == "alpha") continue;
+    if (static_cast<size_t>(i) >= kMaxValues) continue;
+    if (value.kind == ParamKind::kDouble) values.value[i] = value.AsDouble();
+    if (value.kind == ParamKind::kFloat) values.value[i] = value.AsFloat();
+    if (value.kind == ParamKind::kInt32) values.value[i] = value.AsInt32();
+  }
+  return values;
+}
+
+void NLEPureCFilter::RunProcessor(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep,
+                                  const ParamValueArray& values) {
+  if (IsTimeDriven(record_->effectId)) {
+    if (auto* timed = dynamic_cast<CTimeRelateFilter*>(processor_.get())) {
+      timed->ProcessTimed(src, dst, &values, currentFrame_, totalFrames_, kFrameRate, srcStep, dstStep);
+    }
+    return;
+  }
+  processor_->SetFrameRate(kFrameRate);
+  processor_->currentFrame = currentFrame_;
+  processor_->totalFrames = totalFrames_;
+  processor_->Process(src, dst, srcStep, dstStep, &values);
+}
+
+int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight, int32_t srcStep, int32_t, int32_t,
+                               int32_t, int32_t, uint8_t* dst, int32_t dstWidth, int32_t dstHeight, int32_t dstStep) {
+  if (!src || !dst) return 1;
+  if (dstWidth != frameWidth_ || dstHeight != frameHeight_) {
+    processor_.reset();
+    frameWidth_ = dstWidth;
+    frameHeight_ = dstHeight;
+  }
+  if (!factory_ || dstWidth < 0 || dstHeight < 0 || static_cast<int64_t>(dstStep) < int64_t{dstWidth} * 4) return 1;
+  if (!processor_) {
+    CBaseFilterProc* made = nullptr;
+    if (!factory_(record_->effectId, static_cast<uint32_t>(dstWidth), static_cast<uint32_t>(dstHeight), &made) || !made) {
+      return 1;
+    }
+    processor_.reset(made);
+  }
+
+  // A processor reads its source as if it had the destination's size. A smaller one is continued with its last row, so that
+  // nothing is read behind it; what lies within is read as it came.
+  const size_t given = srcHeight > 0 && srcStep > 0 ? static_cast<size_t>(srcStep) * static_cast<size_t>(srcHeight) : 0;
+  const size_t wanted = static_cast<size_t>(std::max(srcStep, dstWidth * 4)) * static_cast<size_t>(dstHeight);
+  uint8_t* frame = src;
+  if (given < wanted) {
+    paddedSource_.assign(wanted, 0);
+    if (given > 0) {
+      std::memcpy(paddedSource_.data(), src, given);
+      const size_t row = static_cast<size_t>(srcStep);
+      for (size_t at = given; at < wanted; ++at) paddedSource_[at] = paddedSource_[at - row];
+    }
+    frame = paddedSource_.data();
+  }
+
+  RunProcessor(frame, dst, srcStep, dstStep, GatherValues());
+
+  int32_t alpha = 255;
+  NLEParamValue value;
+  if (GetParamValue("alpha", value)) {
+    alpha = static_cast<int32_t>(std::clamp<int64_t>(int64_t{value.AsInt32()} * 255 / 100, 0, 255 * 2));
+  }
+  // Background fills at full opacity are the only frames without the blend.
+  if (alpha < 255 || !IsBackgroundFill(record_->effectId)) {
+    const int32_t width = std::min({srcWidth, dstWidth, srcStep / 4});
+    AlphaBlendFrame(dst, dstStep, dst, dstStep, frame, srcStep, std::clamp(alpha, 0, 255), width,
+                    std::min(srcHeight, dstHeight));
+  }
+  return 0;
+}
+
+}  // namespace vizcore
