@@ -1,0 +1,13 @@
+#!/bin/sh
+# Builds and runs every test: the release build, then everything again under the address and undefined-behaviour sanitizers.
+set -eu
+cd "$(dirname "$0")/.."
+./scripts/install_packages.sh
+for preset in release asan; do
+  echo "== $preset"
+  benchmarks=ON
+  [ "$preset" = release ] || benchmarks=OFF
+  cmake --preset "$preset" -DKVX_BUILD_TESTS=ON -DKVX_BUILD_BENCHMARKS=$benchmarks >/dev/null
+  cmake --build --preset "$preset"
+  ctest --preset "$preset" -j "$(nproc)"
+done
