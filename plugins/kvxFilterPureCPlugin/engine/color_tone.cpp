@@ -1,0 +1,274 @@
+// Point looks: each pixel from itself alone, alpha kept.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "curve.h"
+#include "engine_internal.h"
+#include "numeric.h"
+#include "sine_contrast.h"
+
+namespace {
+
+// Codes 7 to 10: keep one channel. The level that the shells pass is not used.
+int32_t KeepChannel(EngineRecord& record, const EngineImage& image) {
+  record.channel = static_cast<int32_t>(record.code) - 7;
+  const uint32_t mask = 0xFF000000u | 0xFFu << (8 * record.channel);
+  ForEachPixel(image, [mask](uint8_t* p) {
+    uint32_t word;
+    std::memcpy(&word, p, 4);
+    word &= mask;
+    std::memcpy(p, &word, 4);
+  });
+  return kEngineDone;
+}
+
+int32_t Exposure(EngineRecord& record, const EngineImage& image) {
+  const int32_t level = ClampInt(record.level, 0, 100);
+  Curve table;
+  for (int32_t i = 0; i < 256; ++i) {
+    const int32_t exposed = Clamp(Trunc32(255 * std::log(i + 1.0) / std::log(256.0) + 0.5));
+    table[i] = Clamp(exposed + level - 50);
+  }
+  MapChannels(image, table.data(), table.data(), table.data());
+  return kEngineDone;
+}
+
+int32_t GrayScale(EngineRecord&, const EngineImage& image) {
+  ForEachPixel(image, [](uint8_t* p) { SetGray(p, static_cast<uint8_t>(Luma255(p))); });
+  return kEngineDone;
+}
+
+int32_t Binary(EngineRecord& record, const EngineImage& image) {
+  const int32_t threshold = ClampInt(record.level, 0, 100) * 256 / 100;
+  ForEachPixel(image, [threshold](uint8_t* p) { SetGray(p, Luma4(p) < threshold ? 0 : 255); });
+  return kEngineDone;
+}
+
+int32_t XRays(EngineRecord&, const EngineImage& image) {
+  ForEachPixel(image, [](uint8_t* p) { SetGray(p, static_cast<uint8_t>(255 - Luma4(p))); });
+  return kEngineDone;
+}
+
+int32_t Negative(EngineRecord&, const EngineImage& image) {
+  ForEachPixel(image, [](uint8_t* p) {
+    uint32_t word;
+    std::memcpy(&word, p, 4);
+    word ^= 0x00FFFFFF;
+    std::memcpy(p, &word, 4);
+  });
+  return kEngineDone;
+}
+
+int32_t Thermal(EngineRecord&, const EngineImage& image) {
+  ForEachPixel(image, [](uint8_t* p) {
+    const int32_t v = Luma4(p);
+    p[0] = static_cast<uint8_t>(v < 128 ? v : 0);
+    p[1] = static_cast<uint8_t>(v < 128 ? v : 255 - v);
+    p[2] = static_cast<uint8_t>(v < 128 ? 0 : v);
+  });
+  return kEngineDone;
+}
+
+// Codes 16 and 17: a band of brightness picks one of three colours.
+int32_t Tritone(EngineRecord& record, const EngineImage& image) {
+  static constexpr uint8_t kColors[2][3][3] = {{{0, 0, 255}, {0, 255, 0}, {255, 0, 0}},
+                                               {{255, 0, 255}, {0, 255, 255}, {255, 255, 0}}};
+  const auto& colors = kColors[record.code == 17];
+  ForEachPixel(image, [&colors](uint8_t* p) {
+    const int32_t band = (p[0] + 2 * p[1] + p[2]) >> 6;
+    std::memcpy(p, colors[band <= 4 ? 0 : band <= 9 ? 1 : 2], 3);
+  });
+  return kEngineDone;
+}
+
+int32_t Solarize(EngineRecord&, const EngineImage& image) {
+  Curve table;
+  for (int32_t i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(i < 128 ? i : 256 - i);
+  MapChannels(image, table.data(), table.data(), table.data());
+  return kEngineDone;
+}
+
+// Codes 25 to 28: colour temperature, each with a level of its own.
+int32_t Temperature(EngineRecord& record, const EngineImage& image) {
+  static constexpr int32_t kLevels[] = {10, 30, 65, 80};
+  record.level = kLevels[record.code - 25];
+  const int32_t d = (record.level - 50) * 3;
+  const int32_t e = d >> 1;
+  Curve blue, green, red;
+  for (int32_t i = 0; i < 256; ++i) {
+    blue[i] = Clamp(i - d);
+    green[i] = Clamp(i - e);
+    red[i] = Clamp(i + d);
+  }
+  MapChannels(image, blue.data(), green.data(), red.data());
+  return kEngineDone;
+}
+
+// Keeps the pixel's luminance and takes the chroma of the record's colour.
+int32_t Colorize(EngineRecord& record, const EngineImage& image) {
+  const int32_t b = record.colorBlue;
+  const int32_t g = record.colorGreen;
+  const int32_t r = record.colorRed;
+  const int32_t u = ((((112 * b - 74 * g - 38 * r) >> 8) & 255) + 128) & 255;
+  const int32_t v = (((112 * r - 94 * g - 18 * b) >> 8) + 128) & 255;
+  const int32_t kb = (u - 128) * 516;
+  const int32_t kr = (v - 128) * 408;
+  const int32_t kg = 39424 - 100 * u - 208 * v;
+  ForEachPixel(image, [=](uint8_t* p) {
+    const int32_t y = (7450 * p[0] + 38442 * p[1] + 19668 * p[2] + 65535) >> 8;
+    p[0] = static_cast<uint8_t>(std::clamp((y + kb) >> 8, 0, 255));
+    p[1] = static_cast<uint8_t>(std::clamp((y + kg) >> 8, 0, 255));
+    p[2] = static_cast<uint8_t>(std::clamp((y + kr) >> 8, 0, 255));
+  });
+  return kEngineDone;
+}
+
+// Codes 30 to 42. Olive and teal each hold what is commonly called the other's colour, and are meant to.
+int32_t NamedColor(EngineRecord& record, const EngineImage& image) {
+  struct Color {
+    uint8_t blue, green, red;
+  };
+  static constexpr Color kColors[] = {
+      {20, 190, 230},  // brown
+      {23, 51, 92},    // chocolate
+      {179, 222, 245}, // wheat
+      {230, 240, 250}, // linen
+      {128, 0, 128},   // purple
+      {128, 128, 0},   // olive
+      {0, 128, 128},   // teal
+      {255, 0, 0},     // blue
+      {0, 255, 0},     // green
+      {0, 0, 255},     // red
+      {0, 255, 255},   // yellow
+      {255, 0, 255},   // fuchsia
+      {255, 255, 0},   // cyan
+  };
+  const Color& color = kColors[record.code - 30];
+  record.colorBlue = color.blue;
+  record.colorGreen = color.green;
+  record.colorRed = color.red;
+  return Colorize(record, image);
+}
+
+int32_t HoodWink(EngineRecord&, const EngineImage& image) {
+  ForEachPixel(image, [](uint8_t* p) {
+    p[0] = static_cast<uint8_t>(p[0] * 29 >> 8);
+    p[1] = static_cast<uint8_t>(p[1] * 150 >> 8);
+    p[2] = static_cast<uint8_t>(p[2] * 77 >> 8);
+  });
+  return kEngineDone;
+}
+
+void BuildCyanBlueTables(uint8_t* tables) {
+  for (int32_t i = 0; i < 256; ++i) {
+    const int32_t m = ((255 - i) * i) >> 7;
+    const int32_t s = i <= 128 ? m : 255 - m;
+    tables[i] = static_cast<uint8_t>(Trunc32(0.4 * s + 0.6 * i));
+    tables[256 + i] = static_cast<uint8_t>(Trunc32(0.3 * s + 0.7 * i));
+    const int32_t h = i == 0 ? 0 : std::max((i - 255) * 256 / i + 255, 0) & 255;
+    tables[512 + i] = static_cast<uint8_t>(i == 0 ? 0 : Trunc32(0.7 * h + 0.30000000000000004 * i));
+  }
+}
+
+int32_t CyanBlue(EngineRecord& record, const EngineImage& image) {
+  uint8_t* tables = EnsureTable(record, 768, kDirtyTables);
+  if (!tables) return kEngineNoScratch;
+  if (record.dirtyFlags & kDirtyTables) {
+    BuildCyanBlueTables(tables);
+    record.dirtyFlags &= ~kDirtyTables;
+  }
+  MapChannels(image, tables, tables + 256, tables + 512);
+  return kEngineDone;
+}
+
+// A grey of high contrast.
+int32_t Lnk(EngineRecord& record, const EngineImage& image) {
+  const int32_t k = 100 - ClampInt(record.level, 0, 100);
+  Curve table;
+  for (int32_t i = 0; i < 256; ++i) {
+    table[i] = static_cast<uint8_t>(i < 128 ? ((i + k) * i + 255) >> 8 : 255 - (((i - 255 - k) * (i - 255) + 255) >> 8));
+  }
+  ForEachPixel(image, [&table](uint8_t* p) { SetGray(p, table[Luma255(p)]); });
+  return kEngineDone;
+}
+
+int32_t SineContrastLook(EngineRecord& record, const EngineImage& image) {
+  SineContrast(image, record.level);
+  return kEngineDone;
+}
+
+struct CurveLook {
+  uint32_t code;
+  CurveKnots blue;
+  CurveKnots green;
+  CurveKnots red;
+};
+
+constexpr CurveLook kCurveLooks[] = {
+    {49, {105, 151, 218, 254, 255}, {25, 101, 174, 228, 249}, {25, 90, 178, 224, 235}},
+    {51, {0, 41, 86, 175, 229}, {0, 59, 121, 191, 250}, {0, 76, 161, 211, 255}},
+    {52, {60, 97, 148, 186, 209}, {0, 88, 184, 236, 255}, {0, 51, 194, 254, 255}},
+    {53, {57, 96, 135, 164, 192}, {21, 78, 131, 189, 243}, {0, 60, 146, 220, 255}},
+    {55, {114, 114, 128, 204, 253}, {0, 52, 128, 204, 236}, {0, 52, 128, 186, 187}},
+    {67, {69, 69, 92, 114, 122}, {36, 67, 137, 180, 192}, {43, 132, 210, 243, 254}},
+    {68, {62, 62, 134, 192, 217}, {1, 69, 172, 227, 254}, {104, 151, 208, 236, 254}},
+    {69, {97, 126, 154, 169, 173}, {37, 97, 170, 209, 222}, {57, 69, 188, 242, 254}},
+    {74, {104, 149, 192, 219, 232}, {20, 55, 175, 220, 235}, {35, 90, 178, 216, 235}},
+    {80, {34, 128, 195, 234, 252}, {5, 88, 171, 224, 253}, {0, 68, 155, 217, 253}},
+    {81, {0, 81, 176, 232, 255}, {0, 0, 134, 220, 255}, {0, 39, 140, 222, 255}},
+};
+
+CurveSet MakeCurveSet(const CurveLook& look) {
+  CurveSet set{MakeCurve(look.blue), MakeCurve(look.green), MakeCurve(look.red)};
+  if (look.code == 53) {
+    // The blue curve is measured, not smooth: its last three entries are known and go up and down.
+    static constexpr CurvePoint kMeasured[] = {{0, 57},    {64, 96},   {128, 135}, {192, 164},
+                                               {253, 195}, {254, 199}, {255, 192}};
+    set.blue = MakeCurve(kMeasured);
+  }
+  return set;
+}
+
+// One routine for all curve looks; their curves are made once.
+int32_t MapCurves(EngineRecord& record, const EngineImage& image) {
+  static const std::array<CurveSet, std::size(kCurveLooks)> sets = [] {
+    std::array<CurveSet, std::size(kCurveLooks)> made;
+    std::transform(std::begin(kCurveLooks), std::end(kCurveLooks), made.begin(), MakeCurveSet);
+    return made;
+  }();
+  const auto* look = std::find_if(std::begin(kCurveLooks), std::end(kCurveLooks),
+                                  [&](const CurveLook& l) { return l.code == record.code; });
+  const CurveSet& set = sets[static_cast<size_t>(look - kCurveLooks)];
+  MapChannels(image, set.blue.data(), set.green.data(), set.red.data());
+  return kEngineDone;
+}
+
+}  // namespace
+
+void SineContrast(const EngineImage& image, int32_t n) {
+  // These digits, not pi: with the exact half of pi the top entry would wrap to 0.
+  constexpr double kPi = 3.1415926;
+  constexpr double kHalfPi = 1.5707963;
+  const double f = (0.005 * ClampInt(n, 0, 100) + 1) * kPi;
+  Curve table;
+  for (int32_t v = -128; v <= 127; ++v) {
+    const double x = ClampFloat(v * f / 256, -kHalfPi, kHalfPi);
+    table[v + 128] = static_cast<uint8_t>(Trunc32(128 * std::sin(x) + 128));
+  }
+  MapChannels(image, table.data(), table.data(), table.data());
+}
+
+std::span<const LookRoutine> ColorToneRoutines() {
+  static constexpr LookRoutine kRoutines[] = {
+      {5, Exposure},     {7, KeepChannel},  {8, KeepChannel},  {9, KeepChannel},  {10, KeepChannel}, {11, GrayScale},
+      {12, Binary},      {13, XRays},       {14, Negative},    {15, Thermal},     {16, Tritone},     {17, Tritone},
+      {18, Solarize},    {25, Temperature}, {26, Temperature}, {27, Temperature}, {28, Temperature}, {29, Colorize},
+      {30, NamedColor},  {31, NamedColor},  {32, NamedColor},  {33, NamedColor},  {34, NamedColor},  {35, NamedColor},
+      {36, NamedColor},  {37, NamedColor},  {38, NamedColor},  {39, NamedColor},  {40, NamedColor},  {41, NamedColor},
+      {42, NamedColor},  {43, HoodWink},    {49, MapCurves},   {50, CyanBlue},    {51, MapCurves},   {52, MapCurves},
+      {53, MapCurves},   {55, MapCurves},   {59, Lnk},         {64, SineContrastLook}, {67, MapCurves},
+      {68, MapCurves}, {69, MapCurves}, {74, MapCurves}, {80, MapCurves}, {81, MapCurves},
+  };
+  return kRoutines;
+}

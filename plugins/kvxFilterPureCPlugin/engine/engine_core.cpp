@@ -1,0 +1,119 @@
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+
+#include "clock.h"
+#include "engine_internal.h"
+#include "random.h"
+
+namespace {
+
+struct ClampBytes {
+  uint8_t bytes[768];
+  constexpr ClampBytes() : bytes() {
+    for (int i = 0; i < 768; ++i) bytes[i] = static_cast<uint8_t>(i < 256 ? 0 : i < 512 ? i - 256 : 255);
+  }
+};
+constexpr ClampBytes kClampBytes;
+
+void BuildRandomTable() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    Rand rand;
+    rand.Seed(CalendarSeconds());
+    for (uint8_t& byte : randomTable) byte = static_cast<uint8_t>(rand.Next());
+  });
+}
+
+bool IsLook(uint32_t code) { return code >= 1 && code <= 97; }
+bool IsWarp(uint32_t code) { return code >= 1025 && code <= 1043; }
+bool IsMerge(uint32_t code) { return code >= 2049 && code <= 2206; }
+
+// The capacity is stored even when there was no memory, so that the same size is not tried again.
+uint8_t* Ensure(uint8_t*& buffer, int32_t& capacity, int32_t size, bool* reallocated = nullptr) {
+  if (capacity >= size) return buffer;
+  std::free(buffer);
+  buffer = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(size)));
+  capacity = size;
+  if (reallocated) *reallocated = true;
+  return buffer;
+}
+
+}  // namespace
+
+const uint8_t* const clampTable = kClampBytes.bytes + 256;
+uint8_t randomTable[1024];
+
+EngineImage MakeEngineImage(uint8_t* pixels, int32_t width, int32_t height, int32_t stepBytes) {
+  const int64_t total = static_cast<int64_t>(stepBytes) * height;
+  return {sizeof(EngineImage), width, height, 32, stepBytes, total <= INT32_MAX ? static_cast<int32_t>(total) : -1, pixels};
+}
+
+uint8_t* EnsureWorkCopy(EngineRecord& record, int32_t size) {
+  return Ensure(record.workCopy, record.workCapacity, size);
+}
+
+uint8_t* EnsureSourceCopy(EngineRecord& record, int32_t size) {
+  return Ensure(record.sourceCopy, record.sourceCapacity, size);
+}
+
+uint8_t* EnsureTable(EngineRecord& record, int32_t size, uint32_t flags) {
+  bool reallocated = false;
+  uint8_t* buffer = Ensure(record.tableBuffer, record.tableCapacity, size, &reallocated);
+  if (reallocated) record.dirtyFlags |= flags;
+  return buffer;
+}
+
+int32_t EngineCreate(EngineRecord** out, uint32_t code) {
+  BuildRandomTable();
+  if (!IsLook(code) && !IsWarp(code) && !IsMerge(code)) return kEngineBadCode;
+  if (!out) return kEngineFailed;
+  auto* record = static_cast<EngineRecord*>(std::calloc(1, sizeof(EngineRecord)));
+  if (!record) return kEngineFailed;
+  record->structSize = sizeof(EngineRecord);
+  record->code = code;
+  if (IsLook(code)) {
+    EngineInitLook(*record);
+  } else if (IsWarp(code)) {
+    EngineInitWarp(*record);
+  } else {
+    EngineInitMerge(*record);
+  }
+  *out = record;
+  return kEngineDone;
+}
+
+int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineImage* second) {
+  if (!record || record->structSize != sizeof(EngineRecord)) return kEngineBadRecord;
+  if (!image || image->structSize != sizeof(EngineImage) || !image->pixels || image->totalBytes <= 0 ||
+      image->width <= 0 || image->height <= 0 || image->stepBytes <= 0 || image->bitsPerPixel != 32) {
+    return kEngineBadImage;
+  }
+  if (image->width != record->width || image->height != record->height) {
+    record->width = image->width;
+    record->height = image->height;
+    record->dirtyFlags |= kDirtyParticles;
+  }
+  if (IsLook(record->code)) return EngineRunLook(*record, *image);
+  if (IsWarp(record->code)) return EngineRunWarp(*record, *image);
+  if (IsMerge(record->code)) return EngineRunMerge(*record, *image, second);
+  return kEngineFailed;
+}
+
+int32_t EngineFree(EngineRecord* record) {
+  if (!record) return kEngineFailed;
+  if (record->structSize != sizeof(EngineRecord)) return kEngineBadRecord;
+  std::free(record->workCopy);
+  std::free(record->tableBuffer);
+  std::free(record->sourceCopy);
+  std::free(record);
+  return kEngineDone;
+}
+
+void MapChannels(const EngineImage& image, const uint8_t* blue, const uint8_t* green, const uint8_t* red) {
+  ForEachPixel(image, [=](uint8_t* p) {
+    p[0] = blue[p[0]];
+    p[1] = green[p[1]];
+    p[2] = red[p[2]];
+  });
+}

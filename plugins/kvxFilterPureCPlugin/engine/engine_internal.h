@@ -1,0 +1,66 @@
+// What the engine's routine groups share.
+#ifndef KVX_ENGINE_ENGINE_INTERNAL_H_
+#define KVX_ENGINE_ENGINE_INTERNAL_H_
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "engine.h"
+
+// Index -256 to 511 gives 0 to 255.
+extern const uint8_t* const clampTable;
+inline uint8_t Clamp(int32_t x) { return clampTable[x]; }
+
+// 1024 bytes of noise, drawn when the first record is created; index with a value masked by 0x3FF.
+extern uint8_t randomTable[1024];
+
+// The buffer if it holds `size` bytes, otherwise a new one of that size, or null. Buffers never shrink.
+uint8_t* EnsureWorkCopy(EngineRecord& record, int32_t size);
+uint8_t* EnsureSourceCopy(EngineRecord& record, int32_t size);
+// A new buffer also sets `flags` in dirtyFlags.
+uint8_t* EnsureTable(EngineRecord& record, int32_t size, uint32_t flags);
+
+// Defaults and run of each range of codes. An initialiser's result is ignored by EngineCreate.
+int32_t EngineInitLook(EngineRecord& record);
+int32_t EngineInitWarp(EngineRecord& record);
+int32_t EngineInitMerge(EngineRecord& record);
+int32_t EngineRunLook(EngineRecord& record, const EngineImage& image);
+int32_t EngineRunWarp(EngineRecord& record, const EngineImage& image);
+int32_t EngineRunMerge(EngineRecord& record, const EngineImage& image, const EngineImage* second);
+
+// One look: its routine, and whether unmodified copies of the image must stand in workCopy and sourceCopy before it runs.
+struct LookRoutine {
+  uint32_t code;
+  int32_t (*run)(EngineRecord& record, const EngineImage& image);
+  bool prepares = false;
+};
+
+// The routine groups, a file each.
+std::span<const LookRoutine> ColorToneRoutines();
+std::span<const LookRoutine> FilmWearRoutines();
+std::span<const LookRoutine> CompositeRoutines();
+std::span<const LookRoutine> PaneRoutines();
+
+// A table of 256 bytes.
+using Curve = std::array<uint8_t, 256>;
+
+// The three grey forms of the engine, not to be mixed up; the third stands in the colourise routine.
+inline int32_t Luma255(const uint8_t* p) { return (29 * p[0] + 150 * p[1] + 76 * p[2] + 255) >> 8; }
+inline int32_t Luma4(const uint8_t* p) { return (p[0] + 2 * p[1] + p[2]) >> 2; }
+
+inline void SetGray(uint8_t* p, uint8_t gray) { p[0] = p[1] = p[2] = gray; }
+
+// `perPixel` gets the address of every pixel, row by row.
+template <typename PerPixel>
+void ForEachPixel(const EngineImage& image, PerPixel perPixel) {
+  for (int32_t y = 0; y < image.height; ++y) {
+    uint8_t* p = image.Row(y);
+    for (int32_t x = 0; x < image.width; ++x, p += 4) perPixel(p);
+  }
+}
+
+// Each of B, G and R through its own table; alpha stays.
+void MapChannels(const EngineImage& image, const uint8_t* blue, const uint8_t* green, const uint8_t* red);
+
+#endif  // KVX_ENGINE_ENGINE_INTERNAL_H_

@@ -1,0 +1,3 @@
+#include "engine_internal.h"
+
+std::span<const LookRoutine> FilmWearRoutines() { return {}; }
