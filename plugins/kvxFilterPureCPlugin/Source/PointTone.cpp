@@ -4,33 +4,11 @@
 
 #include "frame.h"
 #include "numeric.h"
+#include "pixel_kernels.h"
 
 namespace {
 
 constexpr ParamRow kSaturationParams[] = {{u"Saturation", 0, 0, 100}};
-
-// v = trunc(byte * s + gray), with the gray's weights scaled by 1 - s. Within 0 <= s <= 1 the low byte of v is stored,
-// outside it the clamped v.
-template <bool Clamp>
-void Saturate(ConstFrameView src, FrameView dst, double s) {
-  const double k = 1 - s;
-  const int32_t w0 = Trunc32(k * 7471);
-  const int32_t w1 = Trunc32(k * 38470);
-  const int32_t w2 = Trunc32(k * 19595);
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4) {
-      const int32_t sum = WrapAdd(WrapAdd(WrapMul(in[2], w2), WrapMul(in[1], w1)), WrapMul(in[0], w0));
-      const double gray = sum >> 16;
-      for (int c = 0; c < 3; ++c) {
-        const int32_t v = Trunc32(in[c] * s + gray);
-        out[c] = static_cast<uint8_t>(Clamp ? CLAMP0255(v) : v);
-      }
-      out[3] = in[3];
-    }
-  }
-}
 
 void InvertColor(ConstFrameView src, FrameView dst) {
   for (int32_t y = 0; y < dst.height; ++y) {
@@ -45,19 +23,8 @@ void InvertColor(ConstFrameView src, FrameView dst) {
   }
 }
 
-// One value for bytes 0 to 2, byte 3 copied.
-template <typename GrayOf>
-void Gray(ConstFrameView src, FrameView dst, GrayOf grayOf) {
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4) {
-      const uint8_t alpha = in[3];
-      const uint8_t gray = static_cast<uint8_t>(grayOf(uint32_t{in[0]}, uint32_t{in[1]}, uint32_t{in[2]}));
-      out[0] = out[1] = out[2] = gray;
-      out[3] = alpha;
-    }
-  }
+void Gray(ConstFrameView src, FrameView dst, const GrayWeights& weights) {
+  for (int32_t y = 0; y < dst.height; ++y) GrayRow(src.Row(y), dst.Row(y), dst.width, weights);
 }
 
 // Keeps one row in four and clears the others. The four rows behind a kept row are cleared unless it is the last row but
@@ -83,13 +50,12 @@ void CSaturation::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const Pa
   fraction_ = percent / 100;
   // The factor 8 is meant: the source comes back at 12.5.
   const double s = 8 * percent / 100;
+  const double k = 1 - s;
+  // Within 0 <= s <= 1 the low byte is stored, outside it the clamped value.
+  const SaturationWeights weights{s, Trunc32(k * 7471), Trunc32(k * 38470), Trunc32(k * 19595), !(s >= 0 && s <= 1)};
   const ConstFrameView in = PackedSource(src, width, height);
   const FrameView out = PackedDest(dst, width, height);
-  if (s >= 0 && s <= 1) {
-    Saturate<false>(in, out, s);
-  } else {
-    Saturate<true>(in, out, s);
-  }
+  for (int32_t y = 0; y < height; ++y) SaturateRow(in.Row(y), out.Row(y), width, weights);
 }
 
 void CInvert::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray*) {
@@ -99,12 +65,12 @@ void CInvert::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamV
 // Byte 0 takes the weight of 30: the opposite of the saturation's gray, and meant.
 void CLuminance::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray*) {
   Gray(PackedSource(src, width, height), PackedDest(dst, width, height),
-       [](uint32_t b0, uint32_t b1, uint32_t b2) { return (b0 * 30 + b1 * 59 + b2 * 11) / 100; });
+       {30, 59, 11, 0, 5243, 19});  // a sum of at most 25500, divided by 100
 }
 
 void CBWFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray*) {
   Gray(ConstFrameView{src, width, height, srcStep}, FrameView{dst, width, height, dstStep},
-       [](uint32_t b0, uint32_t b1, uint32_t b2) { return (b0 + b1 + b2) / 3; });
+       {1, 1, 1, 0, 43691, 17});  // a sum of at most 765, divided by 3
 }
 
 void CScanLine::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray*) {

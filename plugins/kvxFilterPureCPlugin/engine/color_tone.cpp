@@ -6,6 +6,7 @@
 #include "curve.h"
 #include "engine_internal.h"
 #include "numeric.h"
+#include "pixel_kernels.h"
 #include "sine_contrast.h"
 
 namespace {
@@ -35,7 +36,7 @@ int32_t Exposure(EngineRecord& record, const EngineImage& image) {
 }
 
 int32_t GrayScale(EngineRecord&, const EngineImage& image) {
-  ForEachPixel(image, [](uint8_t* p) { SetGray(p, static_cast<uint8_t>(Luma255(p))); });
+  for (int32_t y = 0; y < image.height; ++y) GrayRow(image.Row(y), image.Row(y), image.width, {29, 150, 76, 255, 1, 8});
   return kEngineDone;
 }
 
@@ -115,12 +116,7 @@ int32_t Colorize(EngineRecord& record, const EngineImage& image) {
   const int32_t kb = (u - 128) * 516;
   const int32_t kr = (v - 128) * 408;
   const int32_t kg = 39424 - 100 * u - 208 * v;
-  ForEachPixel(image, [=](uint8_t* p) {
-    const int32_t y = (7450 * p[0] + 38442 * p[1] + 19668 * p[2] + 65535) >> 8;
-    p[0] = static_cast<uint8_t>(std::clamp((y + kb) >> 8, 0, 255));
-    p[1] = static_cast<uint8_t>(std::clamp((y + kg) >> 8, 0, 255));
-    p[2] = static_cast<uint8_t>(std::clamp((y + kr) >> 8, 0, 255));
-  });
+  for (int32_t y = 0; y < image.height; ++y) ColorizeRow(image.Row(y), image.width, {kb, kg, kr});
   return kEngineDone;
 }
 

@@ -1,0 +1,236 @@
+#include "pixel_kernels.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "numeric.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "pixel_kernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace kvx {
+namespace HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR
+
+void GrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights) {
+  GrayRowScalar(src, dst, count, weights);
+}
+void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets) {
+  ColorizeRowScalar(pixels, count, offsets);
+}
+void SaturateRow(const uint8_t* src, uint8_t* dst, int32_t count, const SaturationWeights& weights) {
+  SaturateRowScalar(src, dst, count, weights);
+}
+void BlendRow(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t count, int32_t alpha) {
+  BlendRowScalar(out, top, bottom, count, alpha);
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Words of `count` pixels; what is left over of a vector goes to the scalar form.
+template <class D>
+HWY_INLINE auto LoadPixels(D d, const uint8_t* pixels) {
+  return hn::LoadU(d, reinterpret_cast<const uint32_t*>(pixels));
+}
+template <class D, class V>
+HWY_INLINE void StorePixels(V words, D d, uint8_t* pixels) {
+  hn::StoreU(words, d, reinterpret_cast<uint32_t*>(pixels));
+}
+
+void GrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights) {
+  const hn::ScalableTag<uint32_t> d;
+  const auto lanes = static_cast<int32_t>(hn::Lanes(d));
+  const auto byte = hn::Set(d, 255);
+  const auto alphaMask = hn::Set(d, 0xFF000000u);
+  const auto w0 = hn::Set(d, weights.w0);
+  const auto w1 = hn::Set(d, weights.w1);
+  const auto w2 = hn::Set(d, weights.w2);
+  const auto add = hn::Set(d, weights.add);
+  const auto multiplier = hn::Set(d, weights.multiplier);
+  int32_t x = 0;
+  for (; x + lanes <= count; x += lanes) {
+    const auto word = LoadPixels(d, src + 4 * x);
+    const auto b0 = hn::And(word, byte);
+    const auto b1 = hn::And(hn::ShiftRight<8>(word), byte);
+    const auto b2 = hn::And(hn::ShiftRight<16>(word), byte);
+    const auto sum = hn::Add(hn::Add(hn::Mul(b0, w0), hn::Mul(b1, w1)), hn::Add(hn::Mul(b2, w2), add));
+    const auto gray = hn::And(hn::ShiftRightSame(hn::Mul(sum, multiplier), weights.shift), byte);
+    const auto rgb = hn::Or(gray, hn::Or(hn::ShiftLeft<8>(gray), hn::ShiftLeft<16>(gray)));
+    StorePixels(hn::Or(rgb, hn::And(word, alphaMask)), d, dst + 4 * x);
+  }
+  GrayRowScalar(src + 4 * x, dst + 4 * x, count - x, weights);
+}
+
+void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets) {
+  const hn::ScalableTag<uint32_t> d;
+  const hn::RebindToSigned<decltype(d)> di;
+  const auto lanes = static_cast<int32_t>(hn::Lanes(d));
+  const auto byte = hn::Set(d, 255);
+  const auto alphaMask = hn::Set(d, 0xFF000000u);
+  const auto zero = hn::Zero(di);
+  const auto top = hn::Set(di, 255);
+  int32_t x = 0;
+  for (; x + lanes <= count; x += lanes) {
+    const auto word = LoadPixels(d, pixels + 4 * x);
+    const auto b = hn::Mul(hn::And(word, byte), hn::Set(d, 7450));
+    const auto g = hn::Mul(hn::And(hn::ShiftRight<8>(word), byte), hn::Set(d, 38442));
+    const auto r = hn::Mul(hn::And(hn::ShiftRight<16>(word), byte), hn::Set(d, 19668));
+    const auto y = hn::BitCast(di, hn::ShiftRight<8>(hn::Add(hn::Add(b, g), hn::Add(r, hn::Set(d, 65535)))));
+    const auto channel = [&](int32_t offset) HWY_ATTR {
+      const auto v = hn::ShiftRight<8>(hn::Add(y, hn::Set(di, offset)));
+      return hn::BitCast(d, hn::Min(hn::Max(v, zero), top));
+    };
+    const auto rgb = hn::Or(channel(offsets.blue), hn::Or(hn::ShiftLeft<8>(channel(offsets.green)),
+                                                          hn::ShiftLeft<16>(channel(offsets.red))));
+    StorePixels(hn::Or(rgb, hn::And(word, alphaMask)), d, pixels + 4 * x);
+  }
+  ColorizeRowScalar(pixels + 4 * x, count - x, offsets);
+}
+
+void SaturateRow(const uint8_t* src, uint8_t* dst, int32_t count, const SaturationWeights& weights) {
+  const hn::ScalableTag<double> df;
+  const hn::Rebind<uint32_t, decltype(df)> d;
+  const hn::Rebind<int32_t, decltype(df)> di;
+  const auto lanes = static_cast<int32_t>(hn::Lanes(df));
+  const auto byte = hn::Set(d, 255);
+  const auto alphaMask = hn::Set(d, 0xFF000000u);
+  const auto s = hn::Set(df, weights.s);
+  int32_t x = 0;
+  for (; x + lanes <= count; x += lanes) {
+    const auto word = LoadPixels(d, src + 4 * x);
+    const auto b0 = hn::BitCast(di, hn::And(word, byte));
+    const auto b1 = hn::BitCast(di, hn::And(hn::ShiftRight<8>(word), byte));
+    const auto b2 = hn::BitCast(di, hn::And(hn::ShiftRight<16>(word), byte));
+    const auto sum = hn::Add(hn::Add(hn::Mul(b0, hn::Set(di, weights.w0)), hn::Mul(b1, hn::Set(di, weights.w1))),
+                             hn::Mul(b2, hn::Set(di, weights.w2)));
+    const auto gray = hn::PromoteTo(df, hn::ShiftRight<16>(sum));
+    const auto channel = [&](auto bytes) HWY_ATTR {
+      // Product and sum apart: a fused form would round once where the definition rounds twice.
+      auto v = hn::DemoteTo(di, hn::Add(hn::Mul(hn::PromoteTo(df, bytes), s), gray));
+      if (weights.clamp) v = hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, 255));
+      return hn::And(hn::BitCast(d, v), byte);
+    };
+    const auto rgb = hn::Or(channel(b0), hn::Or(hn::ShiftLeft<8>(channel(b1)), hn::ShiftLeft<16>(channel(b2))));
+    StorePixels(hn::Or(rgb, hn::And(word, alphaMask)), d, dst + 4 * x);
+  }
+  SaturateRowScalar(src + 4 * x, dst + 4 * x, count - x, weights);
+}
+
+void BlendRow(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t count, int32_t alpha) {
+  const hn::ScalableTag<uint8_t> d8;
+  const hn::RepartitionToWide<decltype(d8)> d16;
+  const hn::Repartition<uint32_t, decltype(d8)> d32;
+  const auto pixelsPerVector = static_cast<int32_t>(hn::Lanes(d32));
+  const auto divide255 = [&](auto v) HWY_ATTR {
+    return hn::ShiftRight<8>(hn::Add(hn::Add(v, hn::ShiftRight<8>(v)), hn::Set(d16, 128)));
+  };
+  const auto a = hn::Set(d16, static_cast<uint16_t>(alpha));
+  const auto b = hn::Set(d16, static_cast<uint16_t>(255 - alpha));
+  const auto low = hn::Set(d16, 255);
+  const auto opaque = hn::BitCast(d8, hn::Set(d32, 0xFF000000u));
+  // Even and odd bytes by themselves: bytes 0 and 2 of every pixel, bytes 1 and 3.
+  int32_t x = 0;
+  for (; x + pixelsPerVector <= count; x += pixelsPerVector) {
+    const auto t = hn::LoadU(d8, top + 4 * x);
+    const auto u = hn::LoadU(d8, bottom + 4 * x);
+    const auto topAlpha = hn::ShiftRight<24>(hn::BitCast(d32, t));
+    const auto alphaPairs = hn::BitCast(d16, hn::Or(topAlpha, hn::ShiftLeft<16>(topAlpha)));
+    const auto weight = divide255(hn::Mul(alphaPairs, a));
+    const auto colors = hn::BitCast(d16, hn::Or(t, opaque));
+    const auto ground = hn::BitCast(d16, u);
+    const auto even = hn::Add(divide255(hn::Mul(hn::And(ground, low), b)),
+                              divide255(hn::Mul(hn::And(colors, low), weight)));
+    const auto odd = hn::Add(divide255(hn::Mul(hn::ShiftRight<8>(ground), b)),
+                             divide255(hn::Mul(hn::ShiftRight<8>(colors), weight)));
+    const auto result = hn::Or(hn::And(even, low), hn::ShiftLeft<8>(odd));
+    hn::StoreU(hn::BitCast(d8, result), d8, out + 4 * x);
+  }
+  BlendRowScalar(out + 4 * x, top + 4 * x, bottom + 4 * x, count - x, alpha);
+}
+
+#endif
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kvx
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace kvx {
+HWY_EXPORT(GrayRow);
+HWY_EXPORT(ColorizeRow);
+HWY_EXPORT(SaturateRow);
+HWY_EXPORT(BlendRow);
+}  // namespace kvx
+
+void GrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights) {
+  using namespace kvx;
+  HWY_DYNAMIC_DISPATCH(GrayRow)(src, dst, count, weights);
+}
+
+void GrayRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights) {
+  for (int32_t x = 0; x < count; ++x, src += 4, dst += 4) {
+    const uint8_t alpha = src[3];
+    dst[0] = dst[1] = dst[2] = static_cast<uint8_t>(weights(src[0], src[1], src[2]));
+    dst[3] = alpha;
+  }
+}
+
+void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets) {
+  using namespace kvx;
+  HWY_DYNAMIC_DISPATCH(ColorizeRow)(pixels, count, offsets);
+}
+
+void ColorizeRowScalar(uint8_t* p, int32_t count, const ColorizeOffsets& offsets) {
+  for (int32_t x = 0; x < count; ++x, p += 4) {
+    const int32_t y = (7450 * p[0] + 38442 * p[1] + 19668 * p[2] + 65535) >> 8;
+    p[0] = static_cast<uint8_t>(std::clamp((y + offsets.blue) >> 8, 0, 255));
+    p[1] = static_cast<uint8_t>(std::clamp((y + offsets.green) >> 8, 0, 255));
+    p[2] = static_cast<uint8_t>(std::clamp((y + offsets.red) >> 8, 0, 255));
+  }
+}
+
+void SaturateRow(const uint8_t* src, uint8_t* dst, int32_t count, const SaturationWeights& weights) {
+  using namespace kvx;
+  // Beyond this, and for NaN, values leave the 32-bit range, where vectors saturate and the definition does not.
+  if (!(std::fabs(weights.s) < 1e6)) return SaturateRowScalar(src, dst, count, weights);
+  HWY_DYNAMIC_DISPATCH(SaturateRow)(src, dst, count, weights);
+}
+
+void SaturateRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const SaturationWeights& weights) {
+  for (int32_t x = 0; x < count; ++x, src += 4, dst += 4) {
+    const int32_t sum =
+        WrapAdd(WrapAdd(WrapMul(src[2], weights.w2), WrapMul(src[1], weights.w1)), WrapMul(src[0], weights.w0));
+    const double gray = sum >> 16;
+    const uint8_t alpha = src[3];
+    for (int c = 0; c < 3; ++c) {
+      const int32_t v = Trunc32(src[c] * weights.s + gray);
+      dst[c] = static_cast<uint8_t>(weights.clamp ? CLAMP0255(v) : v);
+    }
+    dst[3] = alpha;
+  }
+}
+
+void BlendRow(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t count, int32_t alpha) {
+  using namespace kvx;
+  HWY_DYNAMIC_DISPATCH(BlendRow)(out, top, bottom, count, alpha);
+}
+
+void BlendRowScalar(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t count, int32_t alpha) {
+  const auto divide255 = [](uint32_t x) { return (x + (x >> 8) + 128) >> 8; };
+  const auto a = static_cast<uint32_t>(alpha);
+  const uint32_t b = 255 - a;
+  for (int32_t x = 0; x < count; ++x, out += 4, top += 4, bottom += 4) {
+    const uint32_t weight = divide255(top[3] * a);
+    for (int c = 0; c < 3; ++c) out[c] = static_cast<uint8_t>(divide255(bottom[c] * b) + divide255(top[c] * weight));
+    out[3] = static_cast<uint8_t>(divide255(bottom[3] * b) + divide255(255 * weight));
+  }
+}
+
+#endif  // HWY_ONCE

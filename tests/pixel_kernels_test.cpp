@@ -1,0 +1,119 @@
+// Every vector form of every pixel kernel against its scalar definition: all tails, unaligned starts, all targets of this
+// machine.
+#include "pixel_kernels.h"
+
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+void OnEveryTarget(const std::function<void()>& check) {
+  const int64_t supported = hwy::SupportedTargets();
+  for (int64_t rest = supported; rest != 0; rest &= rest - 1) {
+    const int64_t target = rest & -rest;
+    hwy::SetSupportedTargetsForTest(target);
+    hwy::GetChosenTarget().Update(target);
+    SCOPED_TRACE(hwy::TargetName(target));
+    check();
+  }
+  hwy::SetSupportedTargetsForTest(0);
+  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
+
+// Noise, all 0, all 255; and every value of byte 0 beside its opposite.
+std::vector<Bytes> Rows(size_t size) {
+  Bytes noise(size), ramp(size);
+  uint32_t s = 7;
+  for (size_t i = 0; i < size; ++i) {
+    s = s * 1664525u + 1013904223u;
+    noise[i] = static_cast<uint8_t>(s >> 24);
+    ramp[i] = static_cast<uint8_t>(i % 2 ? 255 - i : i);
+  }
+  return {noise, ramp, Bytes(size, 0), Bytes(size, 255)};
+}
+
+constexpr int32_t kLongest = 67;
+constexpr size_t kOffsets = 4;
+
+// `run` gets a source and a destination of `count` pixels; nothing behind them may change.
+void Compare(const std::function<void(const uint8_t*, uint8_t*, int32_t)>& scalar,
+             const std::function<void(const uint8_t*, uint8_t*, int32_t)>& vectors) {
+  for (const Bytes& row : Rows(4 * kLongest + kOffsets)) {
+    for (size_t offset = 0; offset < kOffsets; ++offset) {
+      for (int32_t count = 0; count <= kLongest; ++count) {
+        Bytes expected(row.size() + 8, 0xEE), actual = expected;
+        scalar(row.data() + offset, expected.data() + offset, count);
+        vectors(row.data() + offset, actual.data() + offset, count);
+        ASSERT_EQ(actual, expected) << count << " pixels at " << offset;
+      }
+    }
+  }
+}
+
+TEST(PixelKernels, Gray) {
+  for (const GrayWeights& w : {GrayWeights{29, 150, 76, 255, 1, 8}, GrayWeights{1, 1, 1, 0, 43691, 17},
+                               GrayWeights{30, 59, 11, 0, 5243, 19}, GrayWeights{1, 2, 1, 0, 1, 2}}) {
+    OnEveryTarget([&] {
+      Compare([&](auto* src, auto* dst, int32_t n) { GrayRowScalar(src, dst, n, w); },
+              [&](auto* src, auto* dst, int32_t n) { GrayRow(src, dst, n, w); });
+    });
+  }
+}
+
+TEST(PixelKernels, GrayDividesExactly) {
+  const GrayWeights third{1, 1, 1, 0, 43691, 17};
+  for (uint32_t sum = 0; sum <= 765; ++sum) {
+    const uint32_t a = std::min(sum, 255u), b = std::min(sum - a, 255u);
+    ASSERT_EQ(third(a, b, sum - a - b), sum / 3);
+  }
+  const GrayWeights hundredth{30, 59, 11, 0, 5243, 19};
+  for (uint32_t b = 0; b < 256; ++b) {
+    for (uint32_t g = 0; g < 256; ++g) {
+      for (uint32_t r = 0; r < 256; r += 5) ASSERT_EQ(hundredth(b, g, r), (30 * b + 59 * g + 11 * r) / 100);
+    }
+  }
+}
+
+TEST(PixelKernels, Colorize) {
+  for (const ColorizeOffsets& o : {ColorizeOffsets{0, 0, 0}, {-66048, 39424, 51816}, {66048, -39424, -52224}}) {
+    const auto inPlace = [&](auto row) {
+      return [row, &o](const uint8_t* src, uint8_t* dst, int32_t n) {
+        std::copy_n(src, 4 * n, dst);
+        row(dst, n, o);
+      };
+    };
+    OnEveryTarget([&] { Compare(inPlace(ColorizeRowScalar), inPlace(ColorizeRow)); });
+  }
+}
+
+TEST(PixelKernels, Saturate) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  for (const double s : {0.0, 0.3, 1.0, 4.0, 8.0, -2.7, 999999.0, 1e7, 1e300, nan}) {
+    for (const bool clamp : {false, true}) {
+      const SaturationWeights w{s, 1234567, -38470 * 7, 19595, clamp};
+      OnEveryTarget([&] {
+        Compare([&](auto* src, auto* dst, int32_t n) { SaturateRowScalar(src, dst, n, w); },
+                [&](auto* src, auto* dst, int32_t n) { SaturateRow(src, dst, n, w); });
+      });
+    }
+  }
+}
+
+TEST(PixelKernels, Blend) {
+  const Bytes bottom = Rows(4 * kLongest).front();
+  for (const int32_t alpha : {0, 1, 127, 200, 254, 255}) {
+    OnEveryTarget([&] {
+      Compare([&](auto* src, auto* dst, int32_t n) { BlendRowScalar(dst, src, bottom.data(), n, alpha); },
+              [&](auto* src, auto* dst, int32_t n) { BlendRow(dst, src, bottom.data(), n, alpha); });
+    });
+  }
+}
+
+}  // namespace
