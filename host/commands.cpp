@@ -4,12 +4,50 @@
 #include <fnmatch.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "param_track.h"
+#include "effect_traits.h"
+#include "pipeline.h"
 #include "progress.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+volatile std::sig_atomic_t g_interrupted = 0;
+void OnInterrupt(int) { g_interrupted = 1; }
+
+nlohmann::ordered_json DescribeEffect(const EffectInfo& effect) {
+  nlohmann::ordered_json params = nlohmann::ordered_json::array();
+  for (const ParamInfo& param : effect.params) {
+    nlohmann::ordered_json entry = {{"name", param.name}, {"kind", ParamTypeName(param.type)}};
+    if (!param.IsText()) {
+      entry["min"] = param.minimum;
+      entry["max"] = param.maximum;
+      entry["default"] = param.defaultValue;
+    }
+    params.push_back(entry);
+  }
+  return {{"id", effect.id},
+          {"name", effect.name},
+          {"guid", effect.guid},
+          {"family", FamilyOf(effect.id)},
+          {"moving", effect.dynamic},
+          {"stateless", IsStatelessEffect(effect.id)},
+          {"material", UsesMaterial(effect.id)},
+          {"params", params}};
+}
+
+bool SameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return a == b || fs::equivalent(a, b, error);
+}
+
+}  // namespace
 
 bool MatchesPattern(const std::string& name, const std::string& pattern) {
   if (pattern.empty()) return true;
@@ -18,68 +56,139 @@ bool MatchesPattern(const std::string& name, const std::string& pattern) {
   return fnmatch(whole.c_str(), name.c_str(), FNM_CASEFOLD) == 0;
 }
 
-void ListEffects(const Plugin& plugin, const std::string& pattern, bool json) {
-  nlohmann::ordered_json all = nlohmann::ordered_json::array();
+void ListEffects(const Plugin& plugin, const ListOptions& options) {
+  std::vector<const EffectInfo*> chosen;
   for (const EffectInfo& effect : plugin.Effects()) {
-    if (!MatchesPattern(effect.name, pattern)) continue;
-    if (json) {
-      nlohmann::ordered_json params = nlohmann::ordered_json::array();
-      for (const ParamInfo& param : effect.params) {
-        nlohmann::ordered_json entry = {{"name", param.name}, {"kind", ParamTypeName(param.type)}};
-        if (!param.IsText()) {
-          entry["min"] = param.minimum;
-          entry["max"] = param.maximum;
-          entry["default"] = param.defaultValue;
-        }
-        params.push_back(entry);
-      }
-      all.push_back({{"id", effect.id}, {"name", effect.name}, {"guid", effect.guid}, {"moving", effect.dynamic},
-                     {"params", params}});
-      continue;
+    if (MatchesPattern(effect.name, options.pattern) &&
+        MatchesPattern(std::string(FamilyOf(effect.id)), options.family) && (!options.moving || effect.dynamic) &&
+        (!options.withMaterial || UsesMaterial(effect.id))) {
+      chosen.push_back(&effect);
     }
-    std::string names;
-    for (const ParamInfo& param : effect.params) names += (names.empty() ? "" : ", ") + param.name;
-    fmt::print("{:>5}  {:<22} {}  {}\n", effect.id, effect.name, effect.guid, names);
   }
-  if (json) fmt::print("{}\n", all.dump(2));
+  if (options.json) {
+    nlohmann::ordered_json all = nlohmann::ordered_json::array();
+    for (const EffectInfo* effect : chosen) all.push_back(DescribeEffect(*effect));
+    fmt::print("{}\n", all.dump(2));
+    return;
+  }
+  for (const std::string_view family : Families()) {
+    bool first = true;
+    for (const EffectInfo* effect : chosen) {
+      if (FamilyOf(effect->id) != family) continue;
+      if (first) fmt::print("{}\n", family);
+      first = false;
+      std::string names;
+      for (const ParamInfo& param : effect->params) names += (names.empty() ? "" : ", ") + param.name;
+      fmt::print("{:>6}  {:<20} {}  {}\n", effect->id, effect->name, effect->guid, names);
+    }
+  }
 }
 
 void ShowEffect(const EffectInfo& effect) {
-  fmt::print("{} (id {})\nGUID {}\n", effect.name, effect.id, effect.guid);
+  fmt::print("{} (id {})\nGUID {}\nfamily {}\n", effect.name, effect.id, effect.guid, FamilyOf(effect.id));
   if (effect.dynamic) fmt::print("moves on a still source\n");
+  if (UsesMaterial(effect.id)) fmt::print("uses a picture of the resources\n");
   if (effect.params.empty()) fmt::print("no parameters\n");
+  std::string sample;
   for (const ParamInfo& param : effect.params) {
     if (param.IsText()) {
       fmt::print("  {:<20} {}\n", param.name, ParamTypeName(param.type));
-    } else {
-      fmt::print("  {:<20} {:<14} {} to {}, default {}{}\n", param.name, ParamTypeName(param.type), param.minimum,
-                 param.maximum, param.defaultValue, param.hidden ? ", hidden" : "");
+      continue;
     }
+    fmt::print("  {:<20} {:<14} {} to {}, default {}{}\n", param.name, ParamTypeName(param.type), param.minimum,
+               param.maximum, param.defaultValue, param.hidden ? ", hidden" : "");
+    sample += fmt::format(" -p {}={}", param.name, param.defaultValue);
   }
+  fmt::print("try: kvx render {}{} demo out.png\n", effect.id, sample);
 }
 
-void RenderFrames(Plugin& plugin, const EffectInfo& effect, const RenderOptions& options) {
-  const ParamTracks tracks(effect, options.settings, options.opacity);
-  const std::unique_ptr<FrameSource> source = OpenFrames(options.input, options.size);
-  int64_t total = source->Count().value_or(1);
-  if (options.frames) total = source->Count() ? std::min(total, *options.frames) : *options.frames;
-  const bool sequence = IsSequence(options.output);
-  std::error_code error;
-  if (!sequence && std::filesystem::equivalent(options.input, options.output, error)) {
+bool RenderFrames(Plugin& plugin, const Chain& chain, const RenderOptions& options) {
+  if (options.input.path != "-" && options.input.path != "demo" && SameFile(options.input.path, options.output.path)) {
     throw UsageError("the output is the input");
   }
-  if (sequence && options.input == options.output) throw UsageError("the output is the input");
+  const std::unique_ptr<FrameReader> reader = OpenReader(options.input);
+  const std::unique_ptr<FrameWriter> writer = OpenWriter(options.output, *reader, options.input.fps);
+  const int64_t total = reader->Count().value_or(0);
 
-  const std::unique_ptr<Effect> object = plugin.Create(effect);
-  Progress progress("frame", total);
-  Picture output;
-  for (int64_t frame = 0; frame < total; ++frame) {
-    Picture input = source->Read(frame);
-    if (options.pad) input = PadPicture(input, *options.pad);
-    const double milliseconds = static_cast<double>(frame) * 1000 / options.fps;
-    object->Render(input, output, frame, total, tracks.At(frame, milliseconds));
-    if (sequence) WritePicture(output, SequenceName(options.output, frame));
-    progress.Advance();
+  Progress progress("frame", total, {options.quiet, options.progressFile});
+  g_interrupted = 0;
+  std::signal(SIGINT, OnInterrupt);
+  std::signal(SIGPIPE, SIG_IGN);
+  PipelineOptions pipeline;
+  pipeline.jobs = options.jobs;
+  pipeline.pad = options.pad;
+  pipeline.onFrame = [&](int64_t) { progress.Advance(); };
+  pipeline.stopped = [] { return g_interrupted != 0; };
+  RunPipeline(plugin, chain, *reader, *writer, total, pipeline);
+  progress.Finish();
+  return g_interrupted == 0;
+}
+
+bool CheckResources(const std::string& pluginPath, const std::string& resourceRoot) {
+  int problems = 0;
+  const auto report = [&problems](const std::string& line) {
+    fmt::print("{}\n", line);
+    ++problems;
+  };
+  const fs::path material = fs::path(resourceRoot) / "kvx_effect" / "material";
+  nlohmann::json catalogue;
+  {
+    std::ifstream file(material / "PureCFilter.conf");
+    if (!file) {
+      report(fmt::format("{}: cannot be read", (material / "PureCFilter.conf").string()));
+    } else {
+      try {
+        catalogue = nlohmann::json::parse(file);
+      } catch (const nlohmann::json::exception& error) {
+        report(fmt::format("PureCFilter.conf: {}", error.what()));
+      }
+    }
   }
-  if (!sequence) WritePicture(output, options.output);
+  std::vector<EffectInfo> effects;
+  try {
+    const Plugin plugin(pluginPath, resourceRoot, false);
+    effects = plugin.Effects();
+  } catch (const KvxError& error) {
+    report(error.what());
+  }
+  if (catalogue.is_array()) {
+    for (size_t i = 0; i < catalogue.size(); ++i) {
+      const nlohmann::json& entry = catalogue[i];
+      const auto text = [&](const char* key) {
+        return entry.is_object() && entry.contains(key) && entry[key].is_string() ? entry[key].get<std::string>()
+                                                                                  : std::string();
+      };
+      const std::string guid = text("GUID");
+      if (guid.empty()) {
+        report(fmt::format("PureCFilter.conf: entry {} has no GUID", i));
+      } else if (text("DATAPATH").empty()) {
+        report(fmt::format("PureCFilter.conf: entry {} ({}) has no DATAPATH, so it is skipped", i, text("NAME")));
+      } else if (!effects.empty() && std::none_of(effects.begin(), effects.end(),
+                                                  [&](const EffectInfo& effect) { return effect.guid == guid; })) {
+        report(fmt::format("PureCFilter.conf: entry {} ({}) has no effect: {}", i, text("NAME"), guid));
+      }
+    }
+  }
+  const bool wantsMaterial = std::any_of(effects.begin(), effects.end(),
+                                         [](const EffectInfo& effect) { return UsesMaterial(effect.id); });
+  std::error_code error;
+  if (wantsMaterial && !fs::is_directory(material / "Merge", error)) {
+    report(fmt::format("{}: no such directory; effects with a material show the source", (material / "Merge").string()));
+  }
+  for (const EffectInfo& effect : effects) {
+    for (const std::string& name : MaterialsOf(effect.id)) {
+      const fs::path file = material / "Merge" / name;
+      if (!fs::exists(file, error)) {
+        if (fs::is_directory(material / "Merge", error)) report(fmt::format("{}: missing, wanted by {}", name, effect.name));
+        continue;
+      }
+      try {
+        ReadPicture(file.string());
+      } catch (const KvxError& failure) {
+        report(fmt::format("{} (wanted by {})", failure.what(), effect.name));
+      }
+    }
+  }
+  if (problems == 0) fmt::print("{}: {} effects, everything is in place\n", resourceRoot, effects.size());
+  return problems == 0;
 }

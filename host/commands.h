@@ -7,26 +7,33 @@
 #include <string>
 #include <vector>
 
-#include "frame_files.h"
+#include "chain.h"
+#include "frame_io.h"
 #include "plugin.h"
 
-// `pattern` is a part of a name, or a name with * and ?; case does not matter.
-void ListEffects(const Plugin& plugin, const std::string& pattern, bool json);
+struct ListOptions {
+  std::string pattern;  // part of a name, or a name with * and ?; case does not matter
+  std::string family;   // part of a family's name
+  bool moving = false;
+  bool withMaterial = false;
+  bool json = false;
+};
+void ListEffects(const Plugin& plugin, const ListOptions& options);
+
+// Parameters as declared to the host, with a line that uses them.
 void ShowEffect(const EffectInfo& effect);
 
 struct RenderOptions {
-  std::string input;
-  std::string output;
-  std::vector<std::string> settings;  // NAME=VALUE
-  std::optional<int64_t> frames;
-  double fps = 25;
-  double opacity = 100;
-  FrameSize size{1280, 720};          // of the demo
+  InputOptions input;
+  OutputOptions output;
   std::optional<FrameSize> pad;
+  int jobs = 0;
+  bool quiet = false;
+  std::string progressFile;
 };
-
-// Renders every frame through the plug-in. A sequence gets every frame, a single file the last one.
-void RenderFrames(Plugin& plugin, const EffectInfo& effect, const RenderOptions& options);
+// Renders every frame through the plug-in. A sequence or video gets every frame, a picture the last one. False if it was
+// interrupted; what was rendered until then is written.
+bool RenderFrames(Plugin& plugin, const Chain& chain, const RenderOptions& options);
 
 struct ContactSheetOptions {
   std::string input;
@@ -36,9 +43,19 @@ struct ContactSheetOptions {
   FrameSize size{640, 360};
   std::optional<FrameSize> pad;
 };
-
 // Every effect of the catalogue on one picture, labelled. Effects that move are shown after a second.
 void RenderContactSheet(Plugin& plugin, const ContactSheetOptions& options);
+
+struct PreviewOptions {
+  std::string input;
+  std::string output;
+  FrameSize size{640, 360};
+};
+// One effect at a grid of values of its first one or two parameters, labelled.
+void RenderPreview(Plugin& plugin, const EffectInfo& effect, const PreviewOptions& options);
+
+// Says what is wrong with a resource root. True if nothing is.
+bool CheckResources(const std::string& pluginPath, const std::string& resourceRoot);
 
 bool MatchesPattern(const std::string& name, const std::string& pattern);
 

@@ -141,6 +141,14 @@ Picture ReadPicture(const std::string& path) {
   return picture;
 }
 
+bool IsPictureFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  char head[8] = {};
+  file.read(head, sizeof head);
+  if (file.gcount() == 0) return true;
+  return DetectFormat({head, static_cast<size_t>(file.gcount())}) != PictureFormat::kUnknown;
+}
+
 void WritePicture(const Picture& picture, const std::string& path) {
   std::string ending = fs::path(path).extension().string();
   std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });

@@ -39,6 +39,9 @@ std::string SequenceName(const std::string& pattern, int64_t number);
 // Reads one PNG or JPEG file. Throws KvxError.
 Picture ReadPicture(const std::string& path);
 
+// True if the file begins as a PNG or JPEG does, or cannot be anything else (it is empty or unreadable).
+bool IsPictureFile(const std::string& path);
+
 // Writes PNG or JPEG by the name's ending; the file appears under its name only when it is whole. Throws KvxError.
 void WritePicture(const Picture& picture, const std::string& path);
 
