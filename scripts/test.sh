@@ -2,7 +2,7 @@
 # Builds and runs every test: the release build, then everything again under the address and undefined-behaviour sanitizers.
 set -eu
 cd "$(dirname "$0")/.."
-./scripts/install_packages.sh
+./scripts/install_packages.sh chromium chromium-driver curl
 for preset in release asan; do
   echo "== $preset"
   benchmarks=ON
