@@ -1,5 +1,7 @@
 #include "suite_store.h"
 
+#include "host_log.h"
+
 namespace vizcore {
 
 SuiteStore& SuiteStore::Get() {
@@ -14,6 +16,7 @@ void SuiteStore::Acquire(HostSuiteProvider& provider) {
   provider.GetSuite("Host Util Suite", 1, &util);
   provider.GetSuite("GPU Device Suite", 1, &gpuDevice);
   hostUtil = static_cast<HostUtilSuite*>(util);
+  g_processHost = hostUtil;
 }
 
 }  // namespace vizcore
