@@ -318,10 +318,8 @@ std::unique_ptr<Effect> Plugin::Create(const EffectInfo& info) {
 void Effect::Render(const Picture& input, Picture& output, int64_t frame, int64_t totalFrames,
                     const FrameValues& values) {
   source_ = input;
-  // Some effects leave pixels of their destination alone: those are transparent, not left over from an earlier frame.
-  output.width = input.width;
-  output.height = input.height;
-  output.pixels.assign(input.pixels.size(), 0);
+  // Some effects leave pixels, or only alpha, of their destination alone: there the source stands.
+  output = input;
   Image from(source_);
   Image to(output);
   RenderContext context(from, to, frame, totalFrames, values);

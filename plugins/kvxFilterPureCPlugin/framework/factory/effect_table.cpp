@@ -2,7 +2,22 @@
 
 #include <algorithm>
 
+#include "Balance.h"
+#include "CartoonFilter.h"
+#include "Cluster.h"
+#include "ColorScale.h"
+#include "Curves.h"
+#include "Emboss.h"
+#include "Equalize.h"
+#include "HueShift.h"
+#include "LumaLevels.h"
+#include "Mosaics.h"
+#include "PointColor.h"
 #include "PointTone.h"
+#include "Scatter.h"
+#include "SelectFilter.h"
+#include "Sobel.h"
+#include "Tint.h"
 #include "ToneTable.h"
 #include "shells.h"
 
@@ -16,14 +31,14 @@ CBaseFilterProc* Make(int32_t /*id*/, int32_t width, int32_t height) {
 // clang-format off
 constexpr EffectRow kRows[] = {
     {25, u"Brightness", 1, u"10319440-50F9-4400-B74F-A975F7C5AB96", Make<CBrightness>},
-    {22, u"Cluster", 2, u"DC8F984A-4178-497c-8AAE-4F4C896FC79F", nullptr},
+    {22, u"Cluster", 2, u"DC8F984A-4178-497c-8AAE-4F4C896FC79F", Make<CCluster>},
     {28, u"Contrast", 1, u"3CEAAF30-8142-48EA-91D9-3080F9B439FC", Make<CContrast>},
     {20, u"Distort", 2, u"9DFB369B-AB13-4FAE-A276-55DAA05F1119", nullptr},
     {13, u"Flip", 2, u"6301BBFC-A0C5-454E-8FF9-BB510944FE0C", nullptr},
     {27, u"Gamma", 1, u"6FCED11D-2BD8-41E6-847A-8387CDDE8D51", Make<CGamma>},
     {19, u"LenCorrection", 4, u"3A124C64-7E02-4F05-B7C1-DCE27F7695F5", nullptr},
     {18, u"LetterBox", 1, u"66080F17-4C96-48E2-9CBD-0BA3A1A6BCDE", nullptr},
-    {24, u"Masaic", 2, u"B120A366-F0BB-49CF-82F2-DC05873F9BD0", nullptr},
+    {24, u"Masaic", 2, u"B120A366-F0BB-49CF-82F2-DC05873F9BD0", Make<CMosaics>},
     {26, u"Saturation", 1, u"78B7D0AC-8477-4CE0-8E4C-DA11B43C589B", Make<CSaturation>},
     {17, u"SquareBlur", 1, u"2330FCF1-562A-44B8-8866-8D77E827062C", nullptr},
     {14, u"VideoWall", 0, u"C1ACC990-6424-450A-A36B-F9B3DDCB369D", nullptr},
@@ -33,31 +48,31 @@ constexpr EffectRow kRows[] = {
     {30, u"Maskmate", 5, u"F3194A3B-381E-43E7-952C-466E473A1797", nullptr},
     {31, u"3DFlippo", 7, u"C498B6E7-3648-445E-9AFA-3A387F006745", nullptr},
     {32, u"Nosync", 2, u"AB57F985-4332-43DA-A75A-2E199B58BA8D", nullptr},
-    {33, u"Cartoon", 2, u"C1B87F1A-7323-491B-99F9-CBEF0F69A4D0", nullptr},
+    {33, u"Cartoon", 2, u"C1B87F1A-7323-491B-99F9-CBEF0F69A4D0", Make<CCartoonFilter>},
     {34, u"WaterRipple", 2, u"2EB73728-2FEA-475E-B536-5E1458294A90", nullptr},
-    {35, u"TwoLay", 0, u"AC3E0B5B-C291-4709-8C1E-26038DABF68E", nullptr},
-    {36, u"ThreeLay", 0, u"2F314FDB-43C4-4BC7-A4CC-DCF9EA5EE53C", nullptr},
-    {37, u"Soble", 0, u"BAFE9BD1-20C5-4152-9127-C47089BF36A2", nullptr},
+    {35, u"TwoLay", 0, u"AC3E0B5B-C291-4709-8C1E-26038DABF68E", Make<CTwoLay>},
+    {36, u"ThreeLay", 0, u"2F314FDB-43C4-4BC7-A4CC-DCF9EA5EE53C", Make<CThreeLay>},
+    {37, u"Soble", 0, u"BAFE9BD1-20C5-4152-9127-C47089BF36A2", Make<CSoble>},
     {38, u"ScanLine", 0, u"FE014372-9313-4ADF-BBA3-FEC76CA387B5", Make<CScanLine>},
-    {39, u"Equalize", 0, u"9280BA2E-1534-43FD-B357-71B237D047C9", nullptr},
-    {41, u"HueShift", 1, u"6800E67E-527F-4DA6-96EC-4C60DA8F3FE2", nullptr},
-    {42, u"Primaries", 1, u"98DAA4BF-7559-4F89-B3FB-95EE22432045", nullptr},
-    {43, u"SlopSat", 4, u"B6D9F6F4-5CDC-48B9-9A64-00C790010259", nullptr},
-    {44, u"ExtractRGB", 3, u"6A015B66-5E4A-429C-9BE7-DF00CBA497DD", nullptr},
-    {45, u"Tint", 7, u"365BF63A-6659-4554-8410-3017EAD492D2", nullptr},
+    {39, u"Equalize", 0, u"9280BA2E-1534-43FD-B357-71B237D047C9", Make<CEqualize>},
+    {41, u"HueShift", 1, u"6800E67E-527F-4DA6-96EC-4C60DA8F3FE2", Make<CHueShift>},
+    {42, u"Primaries", 1, u"98DAA4BF-7559-4F89-B3FB-95EE22432045", Make<CPrimaries>},
+    {43, u"SlopSat", 4, u"B6D9F6F4-5CDC-48B9-9A64-00C790010259", Make<CSlopSat>},
+    {44, u"ExtractRGB", 3, u"6A015B66-5E4A-429C-9BE7-DF00CBA497DD", Make<CExtractsRGB>},
+    {45, u"Tint", 7, u"365BF63A-6659-4554-8410-3017EAD492D2", Make<CTint>},
     {46, u"BWFilter", 0, u"23961C52-2970-4819-AE6F-8F356F02BFB4", Make<CBWFilter>},
-    {47, u"ColorDistance", 3, u"48018F5E-1863-41DA-ABCA-5DAA475D779C", nullptr},
+    {47, u"ColorDistance", 3, u"48018F5E-1863-41DA-ABCA-5DAA475D779C", Make<CColorDistanceFilter>},
     {48, u"Perspective", 8, u"614D292E-1F1E-4BFA-A300-3324C470D28B", nullptr},
-    {49, u"ColorAdjust", 3, u"E9A5642C-7D07-43E5-B6E5-C77A2EE05F69", nullptr},
-    {51, u"Noise", 2, u"DF219833-D97B-401B-B581-437A489229E0", nullptr},
+    {49, u"ColorAdjust", 3, u"E9A5642C-7D07-43E5-B6E5-C77A2EE05F69", Make<CColorAdjFilter>},
+    {51, u"Noise", 2, u"DF219833-D97B-401B-B581-437A489229E0", Make<CNoiseFilter>},
     {54, u"Luminance", 0, u"F054E0B8-3CE3-494D-B394-7D9C777A5BBB", Make<CLuminance>},
-    {55, u"Blance", 5, u"27F82F94-6709-4347-BF02-83A32BC318AA", nullptr},
+    {55, u"Blance", 5, u"27F82F94-6709-4347-BF02-83A32BC318AA", Make<CBalance>},
     {57, u"Fire", 5, u"90237DE7-232A-49DE-BED4-32292ED99A49", nullptr},
     {4, u"Ribbon", 2, u"521B55AD-A989-48E5-9645-F8997A98714F", nullptr},
     {3, u"3DGrid", 2, u"9E450909-A8D1-4DEA-9DDF-C65E144B2080", nullptr},
-    {11, u"Canvas", 1, u"13D38B63-47E3-4C09-B70C-349F6DCB6633", nullptr},
+    {11, u"Canvas", 1, u"13D38B63-47E3-4C09-B70C-349F6DCB6633", Make<CCanvas>},
     {9, u"Flash", 3, u"1E527FF9-160E-47A4-89F1-C7E23916E1DF", nullptr},
-    {10, u"Carve", 2, u"C51AE08B-3727-4581-BE57-821B6396E022", nullptr},
+    {10, u"Carve", 2, u"C51AE08B-3727-4581-BE57-821B6396E022", Make<CCarve>},
     {12, u"Sharpen", 1, u"F0CBB970-378B-470C-B642-8C7A968A89B8", nullptr},
     {58, u"Clouds", 4, u"A71CB470-5920-4C65-B7EF-2DB5B2ECAA17", nullptr},
     {59, u"Baltan", 0, u"2A4ABF0B-C32D-41C6-B8FC-1B9F9C323459", nullptr},
@@ -67,7 +82,7 @@ constexpr EffectRow kRows[] = {
     {63, u"Glow", 1, u"E88EDD50-5042-4947-984D-BD487B982FF1", nullptr},
     {64, u"Nervous", 1, u"D688AF4E-11A5-499C-A8B7-D9BBF9837120", nullptr},
     {65, u"COrner", 0, u"6D49C9D8-A620-4E8E-ACBA-2B799E3B3748", nullptr},
-    {67, u"Select", 0, u"7856881E-0461-4F9D-8693-3030B63798FA", nullptr},
+    {67, u"Select", 0, u"7856881E-0461-4F9D-8693-3030B63798FA", Make<CSelect>},
     {69, u"WaterSuffer", 0, u"3E44BC05-FA21-4D55-947E-7E073EA5FDCB", nullptr},
     {70, u"DoubleFisheye", 1, u"895434B4-355D-4C65-84B0-15537408A2B5", nullptr},
     {71, u"Invert", 0, u"D3DCF978-3C92-4D18-AAC8-578D8BA84BC0", Make<CInvert>},
@@ -227,7 +242,7 @@ constexpr EffectRow kRows[] = {
     {254, u"Dark", 0, u"4890B97E-3E84-4ABA-82F1-B43E28420CD1", nullptr},
     {280, u"VignetteWhite", 0, u"DB90B5EB-97B5-4534-BDC9-3DDB8058AF25", nullptr},
     {362, u"GrungRay", 0, u"D55857A5-5C5F-4A6F-97BC-5B07C8A65084", nullptr},
-    {363, u"CoolBlue", 0, u"CEB61355-A090-4F80-9FE2-176D7513CC70", nullptr},
+    {363, u"CoolBlue", 0, u"CEB61355-A090-4F80-9FE2-176D7513CC70", Make<CCoolBlue>},
     {351, u"Sight", 0, u"708FB65C-F674-4E58-AF6E-43A63C493DEE", nullptr},
     {354, u"Concert", 0, u"2B71A976-45BF-4ABA-A071-BA3C32AA6781", nullptr},
     {355, u"NightGlassView", 0, u"219201EC-AB4A-4F0E-8DDD-DCA475CC9813", nullptr},
@@ -259,10 +274,10 @@ constexpr EffectRow kRows[] = {
     {1390, u"BGFGray", 4, u"4CA18BF7-63DD-4984-84EE-E945D72C4BEF", nullptr},
 
     // Served by the factory alone.
-    {1, nullptr, 0, nullptr, nullptr},
-    {21, nullptr, 0, nullptr, nullptr},
+    {1, nullptr, 0, nullptr, Make<CEmboss>},
+    {21, nullptr, 0, nullptr, Make<CCurves>},
     {23, nullptr, 0, nullptr, Make<CThresHold>},
-    {40, nullptr, 0, nullptr, nullptr},
+    {40, nullptr, 0, nullptr, Make<CBlueScreen>},
     {50, nullptr, 0, nullptr, nullptr},
     {52, nullptr, 0, nullptr, nullptr},
     {53, nullptr, 0, nullptr, nullptr},

@@ -1,0 +1,58 @@
+#include "Equalize.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include "PixelMap.h"
+#include "numeric.h"
+
+namespace {
+
+using Histogram = std::array<uint32_t, 256>;
+
+// The box around everything that is not black.
+ConstFrameView PictureOf(uint8_t* src, int32_t width, int32_t height, int32_t step) {
+  const cv::Mat frame(height, width, CV_8UC4, src, static_cast<size_t>(step));
+  cv::Mat gray;
+  cv::cvtColor(frame, gray, cv::COLOR_BGRA2GRAY, 0);
+  const cv::Rect box = cv::boundingRect(gray);
+  const cv::Mat region = frame(box);
+  return {region.data, region.cols, region.rows, step};
+}
+
+// One histogram for each of bytes 0 to 2.
+std::array<Histogram, 3> Count(ConstFrameView picture) {
+  std::array<Histogram, 3> counts{};
+  for (int32_t y = 0; y < picture.height; ++y) {
+    const uint8_t* in = picture.Row(y);
+    for (int32_t x = 0; x < picture.width; ++x, in += 4) {
+      ++counts[0][in[0]];
+      ++counts[1][in[1]];
+      ++counts[2][in[2]];
+    }
+  }
+  return counts;
+}
+
+// The share of pixels up to and with each value.
+ByteTable TableOf(const Histogram& histogram, uint64_t pixels) {
+  ByteTable table;
+  uint64_t sum = 0;
+  for (size_t i = 0; i < 256; ++i) {
+    sum += histogram[i];
+    table[i] = static_cast<uint8_t>(CLAMP0255(static_cast<int32_t>((sum << 8) / pixels)));
+  }
+  return table;
+}
+
+}  // namespace
+
+void CEqualize::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray*) {
+  if (width <= 0 || height <= 0) return;
+  const ConstFrameView picture = PictureOf(src, width, height, srcStep);
+  CopyRows(src, dst, width, height, srcStep, dstStep);
+  if (picture.Empty()) return;
+  const std::array<Histogram, 3> counts = Count(picture);
+  const uint64_t pixels = static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height);
+  MapBytes({src, width, height, srcStep}, {dst, width, height, dstStep}, TableOf(counts[0], pixels),
+           TableOf(counts[1], pixels), TableOf(counts[2], pixels));
+}

@@ -1,0 +1,15 @@
+// Histogram equalisation of each channel, by what lies inside black bars.
+#ifndef KVX_SOURCE_EQUALIZE_H_
+#define KVX_SOURCE_EQUALIZE_H_
+
+#include <cstdint>
+
+#include "kvx/processor.h"
+
+class CEqualize : public CBaseFilterProc {
+ public:
+  using CBaseFilterProc::CBaseFilterProc;
+  void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
+};
+
+#endif  // KVX_SOURCE_EQUALIZE_H_

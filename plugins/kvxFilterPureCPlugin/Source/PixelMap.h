@@ -1,0 +1,37 @@
+// Passes that compute every pixel from itself alone, shared by the point effects.
+#ifndef KVX_SOURCE_PIXEL_MAP_H_
+#define KVX_SOURCE_PIXEL_MAP_H_
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "frame.h"
+
+// Every pixel through `pixelOf`, which takes and gives 0xAARRGGBB: byte 0 in the low bits, byte 3 in the high ones.
+template <typename PixelOf>
+void MapPixels(ConstFrameView src, FrameView dst, PixelOf pixelOf) {
+  for (int32_t y = 0; y < dst.height; ++y) {
+    const uint8_t* in = src.Row(y);
+    uint8_t* out = dst.Row(y);
+    for (int32_t x = 0; x < dst.width; ++x) {
+      uint32_t pixel;
+      std::memcpy(&pixel, in + 4 * x, 4);
+      pixel = pixelOf(pixel);
+      std::memcpy(out + 4 * x, &pixel, 4);
+    }
+  }
+}
+
+using ByteTable = std::array<uint8_t, 256>;
+
+// Bytes 0, 1 and 2 of every pixel each through a table of its own, byte 3 copied.
+inline void MapBytes(ConstFrameView src, FrameView dst, const ByteTable& table0, const ByteTable& table1,
+                     const ByteTable& table2) {
+  MapPixels(src, dst, [&](uint32_t pixel) {
+    return uint32_t{table0[pixel & 255]} | uint32_t{table1[pixel >> 8 & 255]} << 8 |
+           uint32_t{table2[pixel >> 16 & 255]} << 16 | (pixel & 0xFF000000);
+  });
+}
+
+#endif  // KVX_SOURCE_PIXEL_MAP_H_
