@@ -2,21 +2,27 @@
 
 #include <algorithm>
 
+#include "BGFVariants.h"
 #include "Balance.h"
 #include "CartoonFilter.h"
 #include "Cluster.h"
 #include "ColorScale.h"
 #include "Curves.h"
+#include "EdgeglowFilter.h"
 #include "Emboss.h"
 #include "Equalize.h"
+#include "Glow.h"
 #include "HueShift.h"
 #include "LumaLevels.h"
+#include "MaskmateFilter.h"
 #include "Mosaics.h"
 #include "PointColor.h"
 #include "PointTone.h"
 #include "Scatter.h"
 #include "SelectFilter.h"
+#include "Sharpen.h"
 #include "Sobel.h"
+#include "SquareBlur.h"
 #include "Tint.h"
 #include "ToneTable.h"
 #include "shells.h"
@@ -40,12 +46,12 @@ constexpr EffectRow kRows[] = {
     {18, u"LetterBox", 1, u"66080F17-4C96-48E2-9CBD-0BA3A1A6BCDE", nullptr},
     {24, u"Masaic", 2, u"B120A366-F0BB-49CF-82F2-DC05873F9BD0", Make<CMosaics>},
     {26, u"Saturation", 1, u"78B7D0AC-8477-4CE0-8E4C-DA11B43C589B", Make<CSaturation>},
-    {17, u"SquareBlur", 1, u"2330FCF1-562A-44B8-8866-8D77E827062C", nullptr},
+    {17, u"SquareBlur", 1, u"2330FCF1-562A-44B8-8866-8D77E827062C", Make<CSquareBlur>},
     {14, u"VideoWall", 0, u"C1ACC990-6424-450A-A36B-F9B3DDCB369D", nullptr},
     {15, u"TVWall", 1, u"9AD9B9A2-5E78-454D-B065-A1C284CC4549", nullptr},
     {16, u"Giddiness", 2, u"99356597-6FBA-4662-B6A7-30B7B12E9EED", nullptr},
-    {29, u"Edgeglow", 3, u"8DF08078-A22E-4180-85C2-C2AF3977A654", nullptr},
-    {30, u"Maskmate", 5, u"F3194A3B-381E-43E7-952C-466E473A1797", nullptr},
+    {29, u"Edgeglow", 3, u"8DF08078-A22E-4180-85C2-C2AF3977A654", Make<CEdgeglowFilter>},
+    {30, u"Maskmate", 5, u"F3194A3B-381E-43E7-952C-466E473A1797", Make<CMaskmateFilter>},
     {31, u"3DFlippo", 7, u"C498B6E7-3648-445E-9AFA-3A387F006745", nullptr},
     {32, u"Nosync", 2, u"AB57F985-4332-43DA-A75A-2E199B58BA8D", nullptr},
     {33, u"Cartoon", 2, u"C1B87F1A-7323-491B-99F9-CBEF0F69A4D0", Make<CCartoonFilter>},
@@ -73,13 +79,13 @@ constexpr EffectRow kRows[] = {
     {11, u"Canvas", 1, u"13D38B63-47E3-4C09-B70C-349F6DCB6633", Make<CCanvas>},
     {9, u"Flash", 3, u"1E527FF9-160E-47A4-89F1-C7E23916E1DF", nullptr},
     {10, u"Carve", 2, u"C51AE08B-3727-4581-BE57-821B6396E022", Make<CCarve>},
-    {12, u"Sharpen", 1, u"F0CBB970-378B-470C-B642-8C7A968A89B8", nullptr},
+    {12, u"Sharpen", 1, u"F0CBB970-378B-470C-B642-8C7A968A89B8", Make<CSharpen>},
     {58, u"Clouds", 4, u"A71CB470-5920-4C65-B7EF-2DB5B2ECAA17", nullptr},
     {59, u"Baltan", 0, u"2A4ABF0B-C32D-41C6-B8FC-1B9F9C323459", nullptr},
     {60, u"Delay", 2, u"DC19C734-AEDE-4AAA-96AA-305BA40F8266", nullptr},
     {61, u"DelayGrab", 2, u"EDC28211-6850-460B-AD84-F22BE1B2A2AC", nullptr},
     {62, u"WaterSwirl", 4, u"3AD8132F-0E23-47C3-A546-4623B5847C5C", nullptr},
-    {63, u"Glow", 1, u"E88EDD50-5042-4947-984D-BD487B982FF1", nullptr},
+    {63, u"Glow", 1, u"E88EDD50-5042-4947-984D-BD487B982FF1", Make<CGlow>},
     {64, u"Nervous", 1, u"D688AF4E-11A5-499C-A8B7-D9BBF9837120", nullptr},
     {65, u"COrner", 0, u"6D49C9D8-A620-4E8E-ACBA-2B799E3B3748", nullptr},
     {67, u"Select", 0, u"7856881E-0461-4F9D-8693-3030B63798FA", Make<CSelect>},
@@ -256,22 +262,22 @@ constexpr EffectRow kRows[] = {
     {358, u"LightWithGreen", 0, u"5C1A227F-2166-4B86-ABAF-CEF59D654DA0", nullptr},
     {359, u"LightWithRed", 0, u"D450496C-F528-4042-A4C2-BDC4AFBCF7CD", nullptr},
     {360, u"LightWithAdaptive", 3, u"C55E9ACC-970C-46EA-A4AF-780C4F2045A2", nullptr},
-    {1374, u"BGFPureGaussian", 4, u"38E74867-450B-4E37-8A4E-8FFD22956310", nullptr},
-    {1375, u"BGFThreeD", 4, u"666BF38E-E147-4FB4-A9B5-621428522E5F", nullptr},
-    {1376, u"BGFWave", 4, u"87690E4D-561B-4A1B-80CB-48793E43C361", nullptr},
-    {1377, u"BGFDiamondwave", 4, u"AAB2F9D5-A62B-4835-873B-5E03A383C4B3", nullptr},
-    {1378, u"BGFMosic", 4, u"23180E8F-80B1-4DD9-876B-36E535B381FD", nullptr},
-    {1379, u"BGFBlacknet", 4, u"BD27CBDB-9035-41EB-9A14-5EECF587D52D", nullptr},
-    {1380, u"BGFPerspect", 4, u"7968000B-2755-4E61-A25F-D50D8603DB0D", nullptr},
-    {1381, u"BGFHola", 4, u"F23F744D-5867-4E52-940D-D538B9E39C3B", nullptr},
-    {1384, u"BGFDiamondblur", 4, u"0B13C809-1109-4BAF-9ACA-BCFBD3BE0D7F", nullptr},
-    {1383, u"BGFOyster", 4, u"4FCFF1A3-3FF3-4BCC-9201-620DA89C2612", nullptr},
-    {1385, u"BGFFrost", 4, u"B1B9D74A-167B-4401-819C-D82AE6495DB7", nullptr},
-    {1386, u"BGFNoise", 4, u"9A226F87-5672-4F93-8471-C37BEC698163", nullptr},
-    {1387, u"BGFGaussianbar", 4, u"17B4DB28-24DD-4CA1-9CD2-F92B3EF3CACE", nullptr},
-    {1388, u"BGFRippleH", 4, u"F2A13976-F82D-40F4-B53A-B5470B41CAA5", nullptr},
-    {1389, u"BGFRippleV", 4, u"9D4B4E40-1DE8-4D4F-A714-6DD251726E26", nullptr},
-    {1390, u"BGFGray", 4, u"4CA18BF7-63DD-4984-84EE-E945D72C4BEF", nullptr},
+    {1374, u"BGFPureGaussian", 4, u"38E74867-450B-4E37-8A4E-8FFD22956310", Make<BGFPureGaussian>},
+    {1375, u"BGFThreeD", 4, u"666BF38E-E147-4FB4-A9B5-621428522E5F", Make<BGFThreeD>},
+    {1376, u"BGFWave", 4, u"87690E4D-561B-4A1B-80CB-48793E43C361", Make<BGFWave>},
+    {1377, u"BGFDiamondwave", 4, u"AAB2F9D5-A62B-4835-873B-5E03A383C4B3", Make<BGFDiamondWave>},
+    {1378, u"BGFMosic", 4, u"23180E8F-80B1-4DD9-876B-36E535B381FD", Make<BGFMosic>},
+    {1379, u"BGFBlacknet", 4, u"BD27CBDB-9035-41EB-9A14-5EECF587D52D", Make<BGFBlacknet>},
+    {1380, u"BGFPerspect", 4, u"7968000B-2755-4E61-A25F-D50D8603DB0D", Make<BGFPerspect>},
+    {1381, u"BGFHola", 4, u"F23F744D-5867-4E52-940D-D538B9E39C3B", Make<BGFHola>},
+    {1384, u"BGFDiamondblur", 4, u"0B13C809-1109-4BAF-9ACA-BCFBD3BE0D7F", Make<BGFDiamondBlur>},
+    {1383, u"BGFOyster", 4, u"4FCFF1A3-3FF3-4BCC-9201-620DA89C2612", Make<BGFOyster>},
+    {1385, u"BGFFrost", 4, u"B1B9D74A-167B-4401-819C-D82AE6495DB7", Make<BGFFrosted>},
+    {1386, u"BGFNoise", 4, u"9A226F87-5672-4F93-8471-C37BEC698163", Make<BGFNoise>},
+    {1387, u"BGFGaussianbar", 4, u"17B4DB28-24DD-4CA1-9CD2-F92B3EF3CACE", Make<BGFGaussianBar>},
+    {1388, u"BGFRippleH", 4, u"F2A13976-F82D-40F4-B53A-B5470B41CAA5", Make<BGFRippleH>},
+    {1389, u"BGFRippleV", 4, u"9D4B4E40-1DE8-4D4F-A714-6DD251726E26", Make<BGFRippleV>},
+    {1390, u"BGFGray", 4, u"4CA18BF7-63DD-4984-84EE-E945D72C4BEF", Make<BGFGray>},
 
     // Served by the factory alone.
     {1, nullptr, 0, nullptr, Make<CEmboss>},
@@ -291,7 +297,7 @@ constexpr EffectRow kRows[] = {
     {210, nullptr, 0, nullptr, nullptr},
     {352, nullptr, 0, nullptr, nullptr},
     {353, nullptr, 0, nullptr, nullptr},
-    {1382, nullptr, 0, nullptr, nullptr},
+    {1382, nullptr, 0, nullptr, Make<BGFBrick>},
 };
 // clang-format on
 

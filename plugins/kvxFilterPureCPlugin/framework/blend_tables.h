@@ -1,6 +1,6 @@
 // Byte tables that stand in for multiplications of two bytes.
-#ifndef KVX_RUNTIME_BLEND_TABLES_H_
-#define KVX_RUNTIME_BLEND_TABLES_H_
+#ifndef KVX_FRAMEWORK_BLEND_TABLES_H_
+#define KVX_FRAMEWORK_BLEND_TABLES_H_
 
 #include <cstdint>
 
@@ -15,4 +15,4 @@ struct BlendTables {
   BlendTables();
 };
 
-#endif  // KVX_RUNTIME_BLEND_TABLES_H_
+#endif  // KVX_FRAMEWORK_BLEND_TABLES_H_

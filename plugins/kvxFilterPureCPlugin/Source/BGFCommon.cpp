@@ -1,0 +1,161 @@
+#include "BGFCommon.h"
+
+#include <algorithm>
+
+#include "BGFPatterns.h"
+#include "my_resize.h"
+#include "numeric.h"
+#include "parallel.h"
+
+namespace {
+
+constexpr double kSourceWidth = 0.7;
+constexpr int32_t kBgColor = 0xFFFFFF;
+constexpr int32_t kBands = 8;
+constexpr int64_t kPixelsOfOneThread = 10000;
+
+// `Source_Width` is what the box leaves of the frame: none at or below 0, and at most 0.8, NaN included.
+FillBox BoxOf(double sourceWidth, int32_t width, int32_t height) {
+  double s = 1 - sourceWidth;
+  if (!(s >= 0.2)) s = 0.2;
+  s = std::min(s, 1.0);
+  const int32_t boxWidth = Trunc32(width * s);
+  const int32_t boxHeight = Trunc32(height * s);
+  const int32_t left = (width - boxWidth) / 2;
+  const int32_t top = (height - boxHeight) / 2;
+  return {left, top, std::min(left + boxWidth, width - 1), std::min(top + boxHeight, height - 1)};
+}
+
+// Copies the box with `offset` added to bytes 0 to 2.
+class parallelInvoker : public cv::ParallelLoopBody {
+ public:
+  parallelInvoker(FrameView dst, ConstFrameView src, int32_t offset)
+      : dst_(dst), src_(src), offset_(ClampInt(offset, -255, 255)) {}
+
+  void operator()(const cv::Range& rows) const override {
+    for (int32_t y = rows.start; y < rows.end; ++y) {
+      const uint8_t* in = src_.Row(y);
+      uint8_t* out = dst_.Row(y);
+      for (int32_t x = 0; x < dst_.width; ++x, in += 4, out += 4) {
+        for (int c = 0; c < 3; ++c) out[c] = static_cast<uint8_t>(std::clamp(in[c] + offset_, 0, 255));
+        out[3] = in[3];
+      }
+    }
+  }
+
+ private:
+  FrameView dst_;
+  ConstFrameView src_;
+  int32_t offset_;
+};
+
+// Lays the source by its alpha over the background, whose bytes 0 to 2 are weighed by those of the colour.
+class parallelBGFCommon : public cv::ParallelLoopBody {
+ public:
+  parallelBGFCommon(FrameView dst, ConstFrameView src, ConstFrameView back, uint32_t color)
+      : dst_(dst), src_(src), back_(back) {
+    for (int c = 0; c < 3; ++c) colorMul_[c] = static_cast<uint8_t>(color >> (8 * c));
+  }
+
+  void operator()(const cv::Range& bands) const override {
+    CompositeRows(BandStart(bands.start), BandStart(bands.end));
+  }
+
+  void CompositeRows(int32_t first, int32_t end) const {
+    for (int32_t y = first; y < end; ++y) {
+      const uint8_t* s = src_.Row(y);
+      const uint8_t* b = back_.Row(y);
+      uint8_t* out = dst_.Row(y);
+      for (int32_t x = 0; x < dst_.width; ++x, s += 4, b += 4, out += 4) {
+        const uint32_t alpha = s[3];
+        const uint32_t rest = 255 - alpha;
+        for (int c = 0; c < 3; ++c) {
+          out[c] = static_cast<uint8_t>((((uint32_t{b[c]} * colorMul_[c]) >> 8) * rest + s[c] * alpha) >> 8);
+        }
+        out[3] = static_cast<uint8_t>(((b[3] * rest) >> 8) + alpha);
+      }
+    }
+  }
+
+ private:
+  int32_t BandStart(int32_t band) const { return static_cast<int32_t>(int64_t{band} * dst_.height / kBands); }
+
+  FrameView dst_;
+  ConstFrameView src_;
+  ConstFrameView back_;
+  uint8_t colorMul_[3];
+};
+
+// Multiplies bytes 0 to 2 by byte 3: c * a * 0.003921569 cut, which is c * a / 255 for all bytes.
+void Premultiply(FrameView image) {
+  for (int32_t y = 0; y < image.height; ++y) {
+    uint8_t* p = image.Row(y);
+    for (int32_t x = 0; x < image.width; ++x, p += 4) {
+      for (int c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>(uint32_t{p[c]} * p[3] / 255);
+    }
+  }
+}
+
+void Resize(FrameView src, FrameView dst) {
+  MyResize(src.data, dst.data, dst.width, dst.height, dst.step, src.width, src.height, src.step);
+}
+
+ConstFrameView Const(FrameView view) {
+  return {view.data, view.width, view.height, view.step};
+}
+
+}  // namespace
+
+BGFCommon::BGFCommon(int32_t width, int32_t height, const FillVariant& variant)
+    : CBaseFilterProc(width, height), variant_(variant) {
+  if (width <= 0 || height <= 0) return;
+  const size_t bytes = static_cast<size_t>(width) * static_cast<size_t>(height) * 4;
+  boxBuffer_.resize(bytes);
+  backBuffer_.resize(bytes);
+  if (variant.fullImageRoutine) mergeBuffer_.resize(bytes);
+}
+
+void BGFCommon::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  const ParamRow rows[] = {{u"Source_Width", 2, 0.25, 0.8},
+                           {u"BG_Color", 4, 0, 4294967295.0},
+                           {u"BG_Luminance", 0, -175, 175},
+                           {variant_.levelName, 2, 0, 1}};
+  DescribeParam(desc, index, rows,
+                {kSourceWidth, kBgColor, static_cast<double>(variant_.bgLuminance), variant_.patternLevel});
+}
+
+FrameView BGFCommon::Buffer(std::vector<uint8_t>& bytes) {
+  return {bytes.data(), width, height, width * 4};
+}
+
+void BGFCommon::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {
+  if (boxBuffer_.empty()) return;
+  const FillBox box = BoxOf(Param(params, 1), width, height);
+  const uint32_t bgColor = static_cast<uint32_t>(Trunc32(Param(params, 2)));
+  const int32_t bgLuminance = Trunc32(Param(params, 3));
+  const FillInput input{static_cast<float>(Param(params, 4)), currentFrame};
+
+  const ConstFrameView source{src, width, height, srcStep};
+  const FrameView image{boxBuffer_.data(), box.Width(), box.Height(), width * 4};
+  const ConstFrameView sourceBox{source.Pixel(box.left, box.top), image.width, image.height, srcStep};
+  ParallelFor(cv::Range(0, image.height), parallelInvoker(image, sourceBox, bgLuminance));
+
+  const FrameView back = Buffer(backBuffer_);
+  if (variant_.fullImageRoutine) Resize(image, Buffer(mergeBuffer_));
+  if (variant_.blurBefore) FillBlur(image, Trunc32(std::min(width, height) * double{input.level} / 8.8));
+  if (variant_.fullImageRoutine) {
+    Resize(image, back);
+    variant_.fullImageRoutine(back, Const(Buffer(mergeBuffer_)), box);
+  } else {
+    if (variant_.patternRoutine) variant_.patternRoutine(image, input);
+    Premultiply(image);
+    Resize(image, back);
+  }
+
+  const parallelBGFCommon composite(FrameView{dst, width, height, dstStep}, source, Const(back), bgColor);
+  if (int64_t{width} * height <= kPixelsOfOneThread) {
+    composite.CompositeRows(0, height);
+  } else {
+    ParallelFor(cv::Range(0, kBands), composite, cv::getNumThreads());
+  }
+}

@@ -1,0 +1,54 @@
+// Background fills, for a picture that does not cover its frame: the middle of the frame, scaled up and treated, shows
+// where the frame is transparent.
+#ifndef KVX_SOURCE_BGF_COMMON_H_
+#define KVX_SOURCE_BGF_COMMON_H_
+
+#include <cstdint>
+#include <vector>
+
+#include "frame.h"
+#include "kvx/processor.h"
+
+// The box in the middle of the frame that becomes the background: inclusive limits, inside the frame.
+struct FillBox {
+  int32_t left, top, right, bottom;
+
+  int32_t Width() const { return right - left + 1; }
+  int32_t Height() const { return bottom - top + 1; }
+};
+
+// What a fill knows besides the picture.
+struct FillInput {
+  float level;  // the fourth parameter
+  int32_t currentFrame;
+};
+
+// One fill of the family.
+struct FillVariant {
+  const char16_t* levelName;
+  double patternLevel;
+  int32_t bgLuminance;
+  bool blurBefore;
+  // Paints bytes 0 to 2 of the box in place.
+  void (*patternRoutine)(FrameView box, const FillInput& input) = nullptr;
+  // In place of it: paints on `frame`, the box scaled up, from `sharp`, the same unblurred. Both have the frame's size.
+  void (*fullImageRoutine)(FrameView frame, ConstFrameView sharp, const FillBox& box) = nullptr;
+};
+
+class BGFCommon : public CBaseFilterProc {
+ public:
+  BGFCommon(int32_t width, int32_t height, const FillVariant& variant);
+  void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
+  void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
+
+ private:
+  FrameView Buffer(std::vector<uint8_t>& bytes);
+
+  const FillVariant& variant_;
+  // Packed frames. The box lies in the upper left corner of its buffer.
+  std::vector<uint8_t> boxBuffer_;
+  std::vector<uint8_t> mergeBuffer_;  // of fills of the full image only
+  std::vector<uint8_t> backBuffer_;
+};
+
+#endif  // KVX_SOURCE_BGF_COMMON_H_
