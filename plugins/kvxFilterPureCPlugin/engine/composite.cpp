@@ -1,3 +1,269 @@
-#include "engine_internal.h"
+// Composite looks whose steps work pixel by pixel, and the list of all composite looks.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
 
-std::span<const LookRoutine> CompositeRoutines() { return {}; }
+#include "blends.h"
+#include "composite_looks.h"
+#include "curve.h"
+#include "engine_internal.h"
+#include "numeric.h"
+#include "sine_contrast.h"
+
+namespace {
+
+// The columns from `begin` up to `end`; empty if there are none.
+EngineImage Columns(const EngineImage& image, int32_t begin, int32_t end) {
+  return MakeEngineImage(image.pixels + 4 * static_cast<ptrdiff_t>(begin), end - begin, image.height, image.stepBytes);
+}
+
+CurveSet TemperatureCurves(int32_t level) {
+  const int32_t d = (level - 50) * 3;
+  const int32_t e = d >> 1;
+  CurveSet set;
+  for (int32_t i = 0; i < 256; ++i) {
+    set.blue[i] = Clamp(i - d);
+    set.green[i] = Clamp(i - e);
+    set.red[i] = Clamp(i + d);
+  }
+  return set;
+}
+
+// Four vertical strips, a black gap after each of the first three. What is left of the width after four equal strips
+// stays.
+int32_t FourSeasons(EngineRecord&, const EngineImage& image) {
+  static const CurveSet kStrips[] = {
+      {MakeCurve(CurveKnots{60, 97, 148, 186, 209}), MakeCurve(CurveKnots{0, 88, 184, 236, 255}),
+       MakeCurve(CurveKnots{0, 51, 194, 254, 255})},  // the cross process curves
+      {MakeCurve(CurveKnots{0, 45, 94, 153, 254}), MakeCurve(CurveKnots{0, 77, 134, 193, 255}),
+       MakeCurve(CurveKnots{0, 31, 56, 199, 255})},
+      TemperatureCurves(65),
+      TemperatureCurves(20),
+  };
+  static constexpr Curve kBlack{};
+  const int32_t quarter = image.width >> 2;
+  const int32_t gap = Trunc32(2 * std::max(1.0, image.width / 640.0));
+  for (int32_t i = 0; i < 4; ++i) {
+    const CurveSet& set = kStrips[i];
+    const int32_t next = (i + 1) * quarter;
+    const int32_t end = i < 3 ? next - gap : next;
+    MapChannels(Columns(image, i * quarter, end), set.blue.data(), set.green.data(), set.red.data());
+    if (i < 3) MapChannels(Columns(image, std::max(end, 0), next), kBlack.data(), kBlack.data(), kBlack.data());
+  }
+  return kEngineDone;
+}
+
+int32_t Luma1024(const uint8_t* p) {
+  return (306 * p[2] + 601 * p[1] + 117 * p[0] + 512) >> 10;
+}
+
+// A part of the way to grey.
+int32_t SimpleElegant(EngineRecord&, const EngineImage& image) {
+  constexpr int32_t kGrayShare = 122;  // of 256: 0.48, cut
+  constexpr int32_t kColorShare = 256 - kGrayShare;
+  ForEachPixel(image, [](uint8_t* p) {
+    const int32_t gray = Luma1024(p) * kGrayShare;
+    for (int c = 0; c < 3; ++c) p[c] = Clamp((p[c] * kColorShare + gray) >> 8);
+  });
+  return kEngineDone;
+}
+
+int32_t YellowOnGray(EngineRecord&, const EngineImage& image) {
+  ForEachPixel(image, [](uint8_t* p) { SetGray(p, static_cast<uint8_t>(Luma1024(p))); });
+  SineContrast(image, 5);
+  ForEachPixel(image, [](uint8_t* p) {
+    p[1] = Clamp(p[1] + 35);
+    p[2] = Clamp(p[2] + 41);
+  });
+  return kEngineDone;
+}
+
+struct FreshnessTables {
+  Curve spread[3];          // by channel
+  Curve tint[3];            // half the tint for a luma: tints are even
+  uint8_t blend[128][256];  // by half the tint and the level, common curve included
+
+  FreshnessTables() {
+    static constexpr int32_t kCenter[] = {135, 39, 17};
+    static constexpr CurveKnots kTint[] = {{153, 174, 204, 235, 255}, {51, 93, 153, 214, 255}, {2, 54, 129, 204, 255}};
+    const Curve common = MakeCurve(CurveKnots{0, 145, 207, 238, 255});
+    for (int c = 0; c < 3; ++c) {
+      const Curve curve = MakeCurve(kTint[c]);
+      for (int32_t i = 0; i < 256; ++i) {
+        spread[c][i] = static_cast<uint8_t>((92 * std::abs(i - kCenter[c]) + 163 * i) >> 8);
+        tint[c][i] = curve[i] >> 1;
+      }
+    }
+    for (int32_t half = 0; half < 128; ++half) {
+      for (int32_t c = 0; c < 256; ++c) {
+        const int32_t t = 2 * half;
+        const float soft = c < 128 ? static_cast<float>((t + 128) * c) / 255.0f
+                                   : 255.0f - static_cast<float>((382 - t) * (255 - c)) / 255.0f;
+        blend[half][c] = common[static_cast<uint8_t>(soft)];
+      }
+    }
+  }
+};
+
+int32_t Freshness(EngineRecord&, const EngineImage& image) {
+  static const FreshnessTables tables;
+  ForEachPixel(image, [](uint8_t* p) {
+    const uint8_t spread[] = {tables.spread[0][p[0]], tables.spread[1][p[1]], tables.spread[2][p[2]]};
+    const int32_t luma = Luma255(spread);
+    for (int c = 0; c < 3; ++c) p[c] = tables.blend[tables.tint[c][luma]][spread[c]];
+  });
+  return kEngineDone;
+}
+
+// Takes from every channel a share of the colour's purity. The purest channel gives most; where green leads, all give
+// more evenly.
+void ReducePurity(int32_t (&c)[3]) {
+  const int32_t distance = std::max({c[0], c[1], c[2]}) - std::min({c[0], c[1], c[2]});
+  const bool redLeads = c[2] >= c[1] && c[2] >= c[0];
+  const bool greenLeads = !redLeads && c[1] >= c[0];
+  const int32_t share[] = {greenLeads ? distance / 10
+                           : redLeads ? distance / 16
+                                      : distance / 4,
+                           greenLeads ? distance / 5 : distance / 8,
+                           greenLeads ? distance / 10
+                           : redLeads ? distance / 4
+                                      : distance / 16};
+  for (int i = 0; i < 3; ++i) c[i] = std::max(c[i] - ((share[i] * (255 - c[i])) >> 8), 0);
+}
+
+// The last blend takes the inverted channel, and so ends in a tinted negative of the lifted picture: meant to.
+int32_t Beautify(EngineRecord&, const EngineImage& image) {
+  static constexpr int32_t kStrength[] = {200, 194, 160};
+  ForEachPixel(image, [](uint8_t* p) {
+    const int32_t luma = Luma255(p);
+    int32_t c[3];
+    for (int i = 0; i < 3; ++i) c[i] = ScreenBlend(p[i], luma);
+    ReducePurity(c);
+    for (int i = 0; i < 3; ++i) p[i] = HardBlend(255 - (((255 - luma) * kStrength[i]) >> 8), 255 - c[i]);
+  });
+  return kEngineDone;
+}
+
+// Selective colour: reds, yellows, shadows and highlights each move the channels by shares that the channel itself
+// limits.
+int32_t Gloaming(EngineRecord&, const EngineImage& image) {
+  static const CurveSet kCurves = {MakeCurve(CurveKnots{54, 102, 145, 184, 221}),
+                                   MakeCurve(CurveKnots{0, 74, 142, 201, 255}),
+                                   MakeCurve(CurveKnots{0, 92, 166, 215, 255})};
+  ForEachPixel(image, [](uint8_t* p) {
+    const int32_t b = p[0];
+    const int32_t g = p[1];
+    const int32_t r = p[2];
+    int32_t db = 0, dg = 0, dr = 0;
+    const int32_t hi = std::max({b, g, r});
+    const int32_t lo = std::min({b, g, r});
+    const int32_t mid = b + g + r - hi - lo;
+    if (hi != mid && hi == r) {
+      const int32_t e = hi - mid;
+      dr = std::min(38 * e / 100, (e * (255 - r)) >> 8);
+      dg = -std::min(e / 10, (e * g) >> 8);
+      db = std::min(e / 5, (e * (255 - b)) >> 8);
+    }
+    if (mid != lo && lo == b) {
+      const int32_t f = mid - lo;
+      dr += std::min(28 * f / 100, (f * (255 - r)) >> 8);
+      dg -= std::min(f / 20, (f * g) >> 8);
+      db -= std::min(f / 4, (f * b) >> 8);
+    }
+    if (hi < 128) {
+      const int32_t k = 255 - 2 * hi;
+      dr += std::min(6 * k / 100, (k * (255 - r)) >> 8);
+      dg -= std::min(7 * k / 100, (k * g) >> 8);
+      db += std::min(9 * k / 100, (k * (255 - b)) >> 8);
+    } else if (lo >= 129) {
+      const int32_t k = 2 * lo - 255;
+      dr -= std::min(k / 50, (k * r) >> 8);
+      dg += std::min(3 * k / 100, (k * (255 - g)) >> 8);
+      db += std::min(3 * k / 100, (k * (255 - b)) >> 8);
+    }
+    p[0] = kCurves.blue[std::clamp(b + db, 0, 255)];
+    p[1] = kCurves.green[std::clamp(g + dg, 0, 255)];
+    p[2] = kCurves.red[std::clamp(r + dr, 0, 255)];
+  });
+  return kEngineDone;
+}
+
+// Exclusion lifts the shadows into a violet haze, the curves brighten: all three rise faster than a square root at the
+// dark end and hold back above it; blue does so most, and the highlights stay warm.
+int32_t NewFresh(EngineRecord&, const EngineImage& image) {
+  static const CurveSet kCurves = [] {
+    static constexpr CurvePoint kBlue[] = {{0, 0},    {2, 25},    {6, 42},    {16, 62},  {64, 106},
+                                           {96, 134}, {128, 166}, {174, 214}, {255, 255}};
+    static constexpr CurvePoint kGreen[] = {{0, 0},    {2, 26},    {6, 44},    {16, 65},  {32, 84},
+                                            {64, 118}, {128, 176}, {192, 223}, {255, 255}};
+    static constexpr CurvePoint kRed[] = {{0, 0},    {2, 26},    {6, 44},    {16, 66},  {32, 86},
+                                          {64, 121}, {128, 179}, {192, 226}, {255, 255}};
+    return CurveSet{Compose(ExclusionCurve(81), MakeCurve(kBlue)), Compose(ExclusionCurve(25), MakeCurve(kGreen)),
+                    Compose(ExclusionCurve(31), MakeCurve(kRed))};
+  }();
+  MapChannels(image, kCurves.blue.data(), kCurves.green.data(), kCurves.red.data());
+  return kEngineDone;
+}
+
+// Distance of every pixel from (cx, cy), row after row.
+void BuildDistanceMap(float* map, int32_t width, int32_t height, int32_t cx, int32_t cy) {
+  for (int32_t y = 0; y < height; ++y) {
+    for (int32_t x = 0; x < width; ++x) {
+      const double dx = x - cx;
+      const double dy = y - cy;
+      *map++ = static_cast<float>(std::sqrt(dx * dx + dy * dy));
+    }
+  }
+}
+
+// A bright centre and dark corners, then curves and a tint.
+int32_t Aegean(EngineRecord& record, const EngineImage& image) {
+  static const CurveSet kCurves = [] {
+    const auto screened = [](const CurveKnots& knots, int32_t tint) {
+      Curve curve = MakeCurve(knots);
+      for (uint8_t& entry : curve) entry = ScreenBlend(entry, tint);
+      return curve;
+    };
+    return CurveSet{screened({53, 82, 126, 169, 199}, 0), screened({0, 63, 144, 214, 255}, 26),
+                    screened({0, 30, 155, 236, 255}, 26)};
+  }();
+  record.radius = 65;
+  const int32_t cx = record.posX * image.width / 100;
+  const int32_t cy = record.posY * image.height / 100;
+  auto* map = reinterpret_cast<float*>(EnsureTable(record, image.width * image.height * 4, kDirtyTables));
+  if (!map) return kEngineNoScratch;
+  if (record.dirtyFlags & (kDirtyTables | kDirtyParticles)) {
+    BuildDistanceMap(map, image.width, image.height, cx, cy);
+    record.dirtyFlags &= ~(kDirtyTables | kDirtyParticles);
+  }
+  const double reach = std::sqrt(static_cast<double>(cx) * cx + static_cast<double>(cy) * cy);
+  const double bright = 0.65 * reach;
+  const double fall = reach > 0 ? 0.35 * reach : 1;  // a frame of one pixel has no reach
+  ForEachPixel(image, [&](uint8_t* p) {
+    const double d = *map++;
+    uint8_t lit[3];
+    if (d >= bright) {
+      const double k = 1 - (d - bright) / fall * 0.6;
+      for (int c = 0; c < 3; ++c) lit[c] = static_cast<uint8_t>(static_cast<int32_t>(p[c] * k + 0.5));
+    } else {
+      const double gain = (1 - d / bright) * 0.1 * 255;
+      for (int c = 0; c < 3; ++c) lit[c] = static_cast<uint8_t>(std::min(static_cast<int32_t>(p[c] + gain + 0.5), 255));
+    }
+    p[0] = kCurves.blue[lit[0]];
+    p[1] = kCurves.green[lit[1]];
+    p[2] = kCurves.red[lit[2]];
+  });
+  return kEngineDone;
+}
+
+}  // namespace
+
+std::span<const LookRoutine> CompositeRoutines() {
+  static constexpr LookRoutine kRoutines[] = {
+      {65, FourSeasons}, {66, SketchInPhoto}, {71, SimpleElegant}, {72, YellowOnGray}, {73, GrayNoise},
+      {75, Freshness},   {76, Beautify},      {77, Fuzzy, true},   {78, Gloaming},     {79, NewFresh},
+      {82, Aegean},      {83, LineDrawing},   {84, Wash},          {85, Comic, true},  {86, Rainbow},
+      {87, LabTone},     {88, SunriseBands},
+  };
+  return kRoutines;
+}

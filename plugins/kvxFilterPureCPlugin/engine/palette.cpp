@@ -1,0 +1,54 @@
+// Codes 57 and 58: few colours.
+#include <span>
+
+#include "engine_internal.h"
+#include "film_wear.h"
+#include "palette_tables.h"
+
+namespace film {
+
+namespace {
+
+constexpr int32_t kSide = 32;  // of the cube over red, green and blue
+constexpr int32_t kCells = kSide * kSide * kSide;
+
+uint8_t NearestColor(std::span<const PaletteColor> palette, int32_t red, int32_t green, int32_t blue) {
+  int32_t best = 0x100000;
+  uint8_t nearest = 0;
+  for (size_t i = 0; i < palette.size(); ++i) {
+    const int32_t dr = palette[i].red - red;
+    const int32_t dg = palette[i].green - green;
+    const int32_t db = palette[i].blue - blue;
+    const int32_t distance = dr * dr + dg * dg + db * db;
+    if (distance < best) {
+      best = distance;
+      nearest = static_cast<uint8_t>(i);
+    }
+  }
+  return nearest;
+}
+
+}  // namespace
+
+// The cube knows for each of its cells the colour nearest to the cell's dark corner.
+int32_t ReducePalette(EngineRecord& record, const EngineImage& image) {
+  const std::span<const PaletteColor> palette =
+      record.code == 57 ? std::span<const PaletteColor>(kTcvgaPalette) : std::span<const PaletteColor>(kCartoonPalette);
+  uint8_t* cube = EnsureTable(record, kCells, kDirtyTables);
+  if (!cube) return kEngineNoScratch;
+  if (record.dirtyFlags & kDirtyTables) {
+    for (int32_t cell = 0; cell < kCells; ++cell) {
+      cube[cell] = NearestColor(palette, cell >> 10 << 3, (cell >> 5 & 31) << 3, (cell & 31) << 3);
+    }
+    record.dirtyFlags &= ~kDirtyTables;
+  }
+  ForEachPixel(image, [&](uint8_t* p) {
+    const PaletteColor& color = palette[cube[(p[2] >> 3) << 10 | (p[1] >> 3) << 5 | p[0] >> 3]];
+    p[0] = color.blue;
+    p[1] = color.green;
+    p[2] = color.red;
+  });
+  return kEngineDone;
+}
+
+}  // namespace film

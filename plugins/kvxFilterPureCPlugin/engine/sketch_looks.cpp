@@ -1,0 +1,224 @@
+// Looks made from the 3 by 3 neighbourhood: a pencil sketch in the photograph, a line drawing, washed-out edges, a
+// comic.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+#include "blends.h"
+#include "composite_looks.h"
+#include "engine_internal.h"
+#include "numeric.h"
+
+namespace {
+
+// A plane of luma4, `width` bytes a row.
+struct LumaPlane {
+  uint8_t* data;
+  int32_t width;
+
+  uint8_t* Row(int32_t y) const { return data + static_cast<ptrdiff_t>(y) * width; }
+};
+
+void PackLuma(const EngineImage& image, const LumaPlane& plane) {
+  for (int32_t y = 0; y < image.height; ++y) {
+    const uint8_t* p = image.Row(y);
+    uint8_t* out = plane.Row(y);
+    for (int32_t x = 0; x < image.width; ++x) out[x] = static_cast<uint8_t>(Luma4(p + 4 * x));
+  }
+}
+
+// The largest of each pixel's 3 by 3 window, for the pixels from 1 to width - 2. `column` is scratch of a row.
+void WindowMaxima(const uint8_t* above, const uint8_t* row, const uint8_t* below, int32_t width, uint8_t* column,
+                  uint8_t* maxima) {
+  for (int32_t x = 0; x < width; ++x) column[x] = std::max(std::max(above[x], row[x]), below[x]);
+  for (int32_t x = 1; x < width - 1; ++x) maxima[x] = std::max(std::max(column[x - 1], column[x]), column[x + 1]);
+}
+
+// A pixel's share of the brightest around it: near white in even areas, dark where something brighter is close.
+int32_t PencilLevel(int32_t maximum, int32_t level) {
+  return std::min((16777216 / (maximum + 8) * level) >> 16, 255);
+}
+
+struct Triangle {
+  int32_t x[3];
+  int32_t y[3];
+
+  // Points on an edge belong to it.
+  bool Contains(int32_t px, int32_t py) const {
+    const int32_t a = Side(0, 1, px, py);
+    const int32_t b = Side(1, 2, px, py);
+    const int32_t c = Side(2, 0, px, py);
+    return (a >= 0 && b >= 0 && c >= 0) || (a <= 0 && b <= 0 && c <= 0);
+  }
+
+ private:
+  int32_t Side(int from, int to, int32_t px, int32_t py) const {
+    return (x[to] - x[from]) * (py - y[from]) - (y[to] - y[from]) * (px - x[from]);
+  }
+};
+
+}  // namespace
+
+// A tilted sketch inset in the photograph: the sketch is drawn over the box around the quadrilateral and kept inside
+// it.
+int32_t SketchInPhoto(EngineRecord& record, const EngineImage& image) {
+  static constexpr int32_t kQuadX[] = {25, 35, 85, 65};
+  static constexpr int32_t kQuadY[] = {25, 75, 55, 10};
+  static const LevelPairTable kPencil = MakeLevelPairTable(
+      [](int32_t maximum, int32_t level) { return static_cast<uint8_t>(PencilLevel(maximum, level)); });
+  std::copy(std::begin(kQuadX), std::end(kQuadX), record.quadX);
+  std::copy(std::begin(kQuadY), std::end(kQuadY), record.quadY);
+  record.angle = 245.0;  // radians, as it stands
+
+  const double cosine = std::cos(record.angle);
+  const double sine = std::sin(record.angle);
+  int32_t x[4], y[4];
+  for (int k = 0; k < 4; ++k) {
+    const int32_t px = record.quadX[k] * image.width / 100;
+    const int32_t py = record.quadY[k] * image.height / 100;
+    x[k] = Trunc32(cosine * px + sine * py);
+    y[k] = Trunc32(cosine * py - sine * px);
+  }
+  const Triangle triangles[] = {{{x[0], x[1], x[2]}, {y[0], y[1], y[2]}}, {{x[0], x[2], x[3]}, {y[0], y[2], y[3]}}};
+
+  // Only pixels one in from the box's edges are drawn; a flat frame's box reaches out of it.
+  const int32_t left = std::max(std::min(x[0], x[1]) + 1, 0);
+  const int32_t right = std::min(std::max(x[2], x[3]), image.width);
+  const int32_t top = std::max(std::min(y[0], y[3]) + 1, 0);
+  const int32_t bottom = std::min(std::max(y[1], y[2]), image.height);
+  if (left >= right || top >= bottom) return kEngineDone;
+
+  // Luma of those pixels with a rim of one.
+  const int32_t width = right - left + 2;
+  const int32_t height = bottom - top + 2;
+  uint8_t* scratch = EnsureWorkCopy(record, width * (height + 2));
+  if (!scratch) return kEngineNoScratch;
+  const LumaPlane luma{scratch, width};
+  for (int32_t row = 0; row < height; ++row) {
+    const uint8_t* p = image.Row(std::clamp(top - 1 + row, 0, image.height - 1));
+    uint8_t* out = luma.Row(row);
+    for (int32_t column = 0; column < width; ++column) {
+      out[column] = static_cast<uint8_t>(Luma4(p + 4 * std::clamp(left - 1 + column, 0, image.width - 1)));
+    }
+  }
+
+  uint8_t* columnMaxima = luma.Row(height);
+  uint8_t* maxima = luma.Row(height + 1);
+  for (int32_t row = 1; row < height - 1; ++row) {
+    WindowMaxima(luma.Row(row - 1), luma.Row(row), luma.Row(row + 1), width, columnMaxima, maxima);
+    const int32_t py = top - 1 + row;
+    for (int32_t column = 1; column < width - 1; ++column) {
+      const int32_t px = left - 1 + column;
+      if (!triangles[0].Contains(px, py) && !triangles[1].Contains(px, py)) continue;
+      SetGray(image.Row(py) + 4 * px, kPencil[256 * maxima[column] + luma.Row(row)[column - 1]]);
+    }
+  }
+  return kEngineDone;
+}
+
+// Pencil lines blended into the picture's grey. The frame's border has no window: it is drawn from its own level alone,
+// and its black turns white.
+int32_t LineDrawing(EngineRecord& record, const EngineImage& image) {
+  static const LevelPairTable kDrawn =
+      MakeLevelPairTable([](int32_t maximum, int32_t level) { return HardBlend(level, PencilLevel(maximum, level)); });
+  const int32_t width = image.width;
+  uint8_t* scratch = EnsureWorkCopy(record, width * (image.height + 2));
+  if (!scratch) return kEngineNoScratch;
+  const LumaPlane luma{scratch, width};
+  PackLuma(image, luma);
+
+  const auto drawBorder = [&luma](uint8_t* p, int32_t x, int32_t y) {
+    const int32_t level = luma.Row(y)[x];
+    SetGray(p, level == 0 ? HardBlend(0, 255) : kDrawn[256 * level + level]);
+  };
+  uint8_t* columnMaxima = luma.Row(image.height);
+  uint8_t* maxima = luma.Row(image.height + 1);
+  for (int32_t y = 0; y < image.height; ++y) {
+    uint8_t* p = image.Row(y);
+    if (y == 0 || y == image.height - 1) {
+      for (int32_t x = 0; x < width; ++x) drawBorder(p + 4 * x, x, y);
+      continue;
+    }
+    const uint8_t* row = luma.Row(y);
+    WindowMaxima(luma.Row(y - 1), row, luma.Row(y + 1), width, columnMaxima, maxima);
+    for (int32_t x = 1; x < width - 1; ++x) SetGray(p + 4 * x, kDrawn[256 * maxima[x] + row[x - 1]]);
+    drawBorder(p, 0, y);
+    drawBorder(p + 4 * (width - 1), width - 1, y);
+  }
+  return kEngineDone;
+}
+
+// Twice the brightness, faded out at edges.
+int32_t Wash(EngineRecord& record, const EngineImage& image) {
+  // 255 less the strength of an edge with these two gradients.
+  static const LevelPairTable kFade = MakeLevelPairTable([](int32_t gx, int32_t gy) {
+    const auto strength = static_cast<int32_t>(std::sqrt(static_cast<double>(gx * gx + gy * gy)));
+    return static_cast<uint8_t>(255 - std::min(strength, 255));
+  });
+  const int32_t width = image.width;
+  uint8_t* scratch = EnsureWorkCopy(record, width * (image.height + 3));
+  if (!scratch) return kEngineNoScratch;
+  const LumaPlane luma{scratch, width};
+  PackLuma(image, luma);
+
+  uint8_t* horizontal = luma.Row(image.height);
+  uint8_t* vertical = luma.Row(image.height + 1);
+  uint8_t* fade = luma.Row(image.height + 2);
+  for (int32_t y = 0; y < image.height; ++y) {
+    std::memset(fade, 255, static_cast<size_t>(width));
+    if (y > 0 && y < image.height - 1) {
+      const uint8_t* above = luma.Row(y - 1);
+      const uint8_t* row = luma.Row(y);
+      const uint8_t* below = luma.Row(y + 1);
+      for (int32_t x = 1; x < width - 1; ++x) {
+        const int32_t falling = below[x + 1] - above[x - 1];
+        const int32_t rising = below[x - 1] - above[x + 1];
+        const int32_t gy = 2 * (below[x] - above[x]) + falling + rising;
+        const int32_t gx = 2 * (row[x + 1] - row[x - 1]) + falling - rising;
+        vertical[x] = static_cast<uint8_t>(std::min(std::abs(gy), 255));
+        horizontal[x] = static_cast<uint8_t>(std::min(std::abs(gx), 255));
+      }
+      for (int32_t x = 1; x < width - 1; ++x) fade[x] = kFade[256 * horizontal[x] + vertical[x]];
+    }
+    uint8_t* p = image.Row(y);
+    for (int32_t x = 0; x < width; ++x, p += 4) {
+      for (int c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>(std::min((2 * p[c] * fade[x] + 255) >> 8, 255));
+    }
+  }
+  return kEngineDone;
+}
+
+// Strongly sharpened, then through a curve that lifts black and holds white back.
+int32_t Comic(EngineRecord& record, const EngineImage& image) {
+  static const Curve kInk = [] {
+    Curve curve;
+    for (int32_t i = 0; i < 256; ++i) {
+      const float v = static_cast<float>(i) * 0.003922f;
+      const float level = (0.627f * std::exp(0.3634f * v) - 0.5467f * std::exp(-10.891f * v)) * 255.0f;
+      curve[i] = static_cast<uint8_t>(std::clamp(Trunc32(level), 0, 255));
+    }
+    return curve;
+  }();
+  const int32_t rowBytes = image.width * 4;
+  uint8_t* sharp = EnsureTable(record, rowBytes, 0);
+  if (!sharp) return kEngineNoScratch;
+  for (int32_t y = 0; y < image.height; ++y) {
+    const uint8_t* row = record.workCopy + static_cast<ptrdiff_t>(y) * image.stepBytes;
+    std::memcpy(sharp, row, static_cast<size_t>(rowBytes));
+    if (y > 0 && y < image.height - 1) {
+      const uint8_t* above = row - image.stepBytes;
+      const uint8_t* below = row + image.stepBytes;
+      for (int32_t i = 4; i < rowBytes - 4; ++i) {
+        const int32_t around =
+            above[i - 4] + above[i] + above[i + 4] + row[i - 4] + row[i + 4] + below[i - 4] + below[i] + below[i + 4];
+        sharp[i] = static_cast<uint8_t>(std::clamp(9 * row[i] - around, 0, 255));
+      }
+    }
+    uint8_t* p = image.Row(y);
+    for (int32_t i = 0; i < rowBytes; i += 4) {
+      for (int c = 0; c < 3; ++c) p[i + c] = kInk[sharp[i + c]];
+    }
+  }
+  return kEngineDone;
+}

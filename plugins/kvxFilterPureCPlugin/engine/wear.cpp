@@ -1,0 +1,68 @@
+#include "wear.h"
+
+#include <algorithm>
+#include <cstring>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "engine_internal.h"
+#include "wear_tables.h"
+
+namespace {
+
+// Where the dirt of one frame lies is laid out in this size, whatever the size of the frame.
+constexpr int32_t kMaskWidth = 1024;
+constexpr int32_t kMaskHeight = 768;
+
+// One channel: it is grey.
+cv::Mat MakeSpotMask(int32_t spots, Rand& rand) {
+  cv::Mat mask(kMaskHeight, kMaskWidth, CV_8UC1, cv::Scalar::all(255));
+  for (int32_t i = 0; i < spots; ++i) {
+    const int32_t row = rand.Next() % (kMaskHeight - kStampSize);
+    const int32_t column = rand.Next() % (kMaskWidth - kStampSize);
+    const auto& stamp = kStamps[rand.Next() % kStampCount];
+    for (int32_t y = 0; y < kStampSize; ++y) std::memcpy(mask.ptr(row + y, column), stamp[y], kStampSize);
+  }
+  return mask;
+}
+
+// The mask comes upside down. Most of its rows are clean.
+void LaySpots(const EngineImage& image, const cv::Mat& mask) {
+  cv::Mat fitted;
+  cv::resize(mask, fitted, cv::Size(image.width, image.height), 0, 0, cv::INTER_LINEAR);
+  const std::vector<uint8_t> clean(static_cast<size_t>(image.width), 255);
+  for (int32_t y = 0; y < image.height; ++y) {
+    uint8_t* p = image.Row(y);
+    const uint8_t* m = fitted.ptr(image.height - 1 - y);
+    if (std::memcmp(m, clean.data(), clean.size()) == 0) continue;
+    for (int32_t x = 0; x < image.width; ++x, p += 4) {
+      uint32_t word;
+      std::memcpy(&word, p, 4);
+      word &= 0xFF000000u | m[x] * 0x010101u;
+      std::memcpy(p, &word, 4);
+    }
+  }
+}
+
+void Scratch(const EngineImage& image, int32_t left, int32_t width) {
+  static constexpr uint8_t kMasks[] = {243, 227, 225};
+  const int32_t visible = std::min(width, image.width - left);
+  for (int32_t y = 0; y < image.height; ++y) {
+    uint8_t* p = image.Row(y) + 4 * left;
+    for (int32_t k = 0; k < visible; ++k, p += 4) {
+      for (int c = 0; c < 3; ++c) p[c] = Clamp((p[c] & kMasks[k]) + 30);
+    }
+  }
+}
+
+}  // namespace
+
+void AddWear(const EngineImage& image, int32_t spots, int32_t scratches, Rand& rand) {
+  if (spots > 0) LaySpots(image, MakeSpotMask(spots, rand));
+  for (int32_t i = 0; i < scratches; ++i) {
+    const int32_t width = rand.Next() % 3 + 1;
+    const int32_t left = image.width > 10 ? rand.Next() % (image.width - 10) : 0;
+    Scratch(image, left, width);
+  }
+}
