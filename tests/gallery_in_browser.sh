@@ -34,8 +34,8 @@ expect 'broken loops' "$posters" 0
 cards=$(run "arguments[0](document.querySelectorAll('article').length)")
 effects=$("$kvx" list --json | grep -c '"guid"')
 expect 'cards' "$cards" "$effects"
-found=$(run "search.value = 'invert'; search.dispatchEvent(new Event('input')); arguments[0]([...document.querySelectorAll('article:not([hidden])')].map(a => a.querySelector('h3').textContent).join())")
-expect 'search' "$found" '"Invert 71"'
+found=$(run "search.value = 'thermal'; search.dispatchEvent(new Event('input')); arguments[0]([...document.querySelectorAll('article:not([hidden])')].map(a => a.querySelector('h3').textContent).join())")
+expect 'search' "$found" '"Thermal 89"'
 cut=$(run "const s = document.querySelector('article:not([hidden]) .slider'); s.value = 40; s.dispatchEvent(new Event('input')); arguments[0](getComputedStyle(s.previousElementSibling.querySelector('.after')).clipPath)")
 expect 'slider' "$cut" '"inset(0px 0px 0px 40%)"'
 named=$(run "arguments[0]([...document.querySelectorAll('img')].every(i => i.alt) && [...document.querySelectorAll('input')].every(i => i.ariaLabel))")

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <vector>
 
+#include "PerspectiveFilter.h"
 #include "StackBlur.h"
 #include "numeric.h"
 #include "parallel.h"
@@ -165,26 +166,6 @@ int32_t Mirror(int64_t place, int32_t size) {
   return static_cast<int32_t>(std::clamp<int64_t>(place, 0, size - 1));
 }
 
-// Every second row and column of the image, so that four small copies fill it, rows counted from the bottom.
-class parallelPerspectInvoker : public cv::ParallelLoopBody {
- public:
-  parallelPerspectInvoker(FrameView dst, FrameView src) : dst_(dst), src_(src) {}
-
-  void operator()(const cv::Range& rows) const override {
-    const int32_t width = dst_.width;
-    const int32_t height = dst_.height;
-    for (int32_t i = rows.start; i < rows.end; ++i) {
-      const uint8_t* in = src_.Row(height - 1 - 2 * i % height);
-      uint8_t* out = dst_.Row(i);
-      for (int32_t j = 0; j < width; ++j) CopyColor(out + 4 * j, in + 4 * (2 * j % width));
-    }
-  }
-
- private:
-  FrameView dst_;
-  FrameView src_;
-};
-
 }  // namespace
 
 void Gray(FrameView image, const FillInput&) {
@@ -327,7 +308,9 @@ void ThreeD(FrameView image, const FillInput& input) {
 
 void Perspect(FrameView image, const FillInput&) {
   Copy copy(image);
-  ParallelFor(cv::Range(0, image.height), parallelPerspectInvoker(image, copy.View()));
+  const FrameView from = copy.View();
+  const ConstFrameView doubled{from.data, from.width, from.height, from.step};
+  ParallelFor(cv::Range(0, image.height), parallelPerspectInvoker(doubled, image));
 }
 
 void GaussianBar(FrameView frame, ConstFrameView sharp, const FillBox& box) {

@@ -8,14 +8,21 @@
 #include "Cluster.h"
 #include "ColorScale.h"
 #include "Curves.h"
+#include "DefishFilter.h"
+#include "DistortFilter.h"
+#include "DoubleFisheye.h"
 #include "EdgeglowFilter.h"
 #include "Emboss.h"
 #include "Equalize.h"
 #include "Glow.h"
 #include "HueShift.h"
+#include "LensCorrection.h"
+#include "LetterBox.h"
 #include "LumaLevels.h"
 #include "MaskmateFilter.h"
 #include "Mosaics.h"
+#include "OrnerFilter.h"
+#include "PerspectiveFilter.h"
 #include "PointColor.h"
 #include "PointTone.h"
 #include "Scatter.h"
@@ -23,8 +30,12 @@
 #include "Sharpen.h"
 #include "Sobel.h"
 #include "SquareBlur.h"
+#include "ThreeDFlippoFilter.h"
 #include "Tint.h"
 #include "ToneTable.h"
+#include "WaterRippleFilter.h"
+#include "WaterSufferFilter.h"
+#include "WaterSwirlFilter.h"
 #include "shells.h"
 
 namespace {
@@ -39,11 +50,11 @@ constexpr EffectRow kRows[] = {
     {25, u"Brightness", 1, u"10319440-50F9-4400-B74F-A975F7C5AB96", Make<CBrightness>},
     {22, u"Cluster", 2, u"DC8F984A-4178-497c-8AAE-4F4C896FC79F", Make<CCluster>},
     {28, u"Contrast", 1, u"3CEAAF30-8142-48EA-91D9-3080F9B439FC", Make<CContrast>},
-    {20, u"Distort", 2, u"9DFB369B-AB13-4FAE-A276-55DAA05F1119", nullptr},
+    {20, u"Distort", 2, u"9DFB369B-AB13-4FAE-A276-55DAA05F1119", Make<CDistort>},
     {13, u"Flip", 2, u"6301BBFC-A0C5-454E-8FF9-BB510944FE0C", nullptr},
     {27, u"Gamma", 1, u"6FCED11D-2BD8-41E6-847A-8387CDDE8D51", Make<CGamma>},
-    {19, u"LenCorrection", 4, u"3A124C64-7E02-4F05-B7C1-DCE27F7695F5", nullptr},
-    {18, u"LetterBox", 1, u"66080F17-4C96-48E2-9CBD-0BA3A1A6BCDE", nullptr},
+    {19, u"LenCorrection", 4, u"3A124C64-7E02-4F05-B7C1-DCE27F7695F5", Make<CLensCorrection>},
+    {18, u"LetterBox", 1, u"66080F17-4C96-48E2-9CBD-0BA3A1A6BCDE", Make<CLetterBox>},
     {24, u"Masaic", 2, u"B120A366-F0BB-49CF-82F2-DC05873F9BD0", Make<CMosaics>},
     {26, u"Saturation", 1, u"78B7D0AC-8477-4CE0-8E4C-DA11B43C589B", Make<CSaturation>},
     {17, u"SquareBlur", 1, u"2330FCF1-562A-44B8-8866-8D77E827062C", Make<CSquareBlur>},
@@ -52,10 +63,10 @@ constexpr EffectRow kRows[] = {
     {16, u"Giddiness", 2, u"99356597-6FBA-4662-B6A7-30B7B12E9EED", nullptr},
     {29, u"Edgeglow", 3, u"8DF08078-A22E-4180-85C2-C2AF3977A654", Make<CEdgeglowFilter>},
     {30, u"Maskmate", 5, u"F3194A3B-381E-43E7-952C-466E473A1797", Make<CMaskmateFilter>},
-    {31, u"3DFlippo", 7, u"C498B6E7-3648-445E-9AFA-3A387F006745", nullptr},
+    {31, u"3DFlippo", 7, u"C498B6E7-3648-445E-9AFA-3A387F006745", Make<C3DFlippoFilter>},
     {32, u"Nosync", 2, u"AB57F985-4332-43DA-A75A-2E199B58BA8D", nullptr},
     {33, u"Cartoon", 2, u"C1B87F1A-7323-491B-99F9-CBEF0F69A4D0", Make<CCartoonFilter>},
-    {34, u"WaterRipple", 2, u"2EB73728-2FEA-475E-B536-5E1458294A90", nullptr},
+    {34, u"WaterRipple", 2, u"2EB73728-2FEA-475E-B536-5E1458294A90", Make<CWaterRipple>},
     {35, u"TwoLay", 0, u"AC3E0B5B-C291-4709-8C1E-26038DABF68E", Make<CTwoLay>},
     {36, u"ThreeLay", 0, u"2F314FDB-43C4-4BC7-A4CC-DCF9EA5EE53C", Make<CThreeLay>},
     {37, u"Soble", 0, u"BAFE9BD1-20C5-4152-9127-C47089BF36A2", Make<CSoble>},
@@ -68,7 +79,7 @@ constexpr EffectRow kRows[] = {
     {45, u"Tint", 7, u"365BF63A-6659-4554-8410-3017EAD492D2", Make<CTint>},
     {46, u"BWFilter", 0, u"23961C52-2970-4819-AE6F-8F356F02BFB4", Make<CBWFilter>},
     {47, u"ColorDistance", 3, u"48018F5E-1863-41DA-ABCA-5DAA475D779C", Make<CColorDistanceFilter>},
-    {48, u"Perspective", 8, u"614D292E-1F1E-4BFA-A300-3324C470D28B", nullptr},
+    {48, u"Perspective", 8, u"614D292E-1F1E-4BFA-A300-3324C470D28B", Make<CPerspectiveFilter>},
     {49, u"ColorAdjust", 3, u"E9A5642C-7D07-43E5-B6E5-C77A2EE05F69", Make<CColorAdjFilter>},
     {51, u"Noise", 2, u"DF219833-D97B-401B-B581-437A489229E0", Make<CNoiseFilter>},
     {54, u"Luminance", 0, u"F054E0B8-3CE3-494D-B394-7D9C777A5BBB", Make<CLuminance>},
@@ -84,13 +95,13 @@ constexpr EffectRow kRows[] = {
     {59, u"Baltan", 0, u"2A4ABF0B-C32D-41C6-B8FC-1B9F9C323459", nullptr},
     {60, u"Delay", 2, u"DC19C734-AEDE-4AAA-96AA-305BA40F8266", nullptr},
     {61, u"DelayGrab", 2, u"EDC28211-6850-460B-AD84-F22BE1B2A2AC", nullptr},
-    {62, u"WaterSwirl", 4, u"3AD8132F-0E23-47C3-A546-4623B5847C5C", nullptr},
+    {62, u"WaterSwirl", 4, u"3AD8132F-0E23-47C3-A546-4623B5847C5C", Make<CWaterSwirl>},
     {63, u"Glow", 1, u"E88EDD50-5042-4947-984D-BD487B982FF1", Make<CGlow>},
     {64, u"Nervous", 1, u"D688AF4E-11A5-499C-A8B7-D9BBF9837120", nullptr},
-    {65, u"COrner", 0, u"6D49C9D8-A620-4E8E-ACBA-2B799E3B3748", nullptr},
+    {65, u"COrner", 0, u"6D49C9D8-A620-4E8E-ACBA-2B799E3B3748", Make<COrnerFilter>},
     {67, u"Select", 0, u"7856881E-0461-4F9D-8693-3030B63798FA", Make<CSelect>},
-    {69, u"WaterSuffer", 0, u"3E44BC05-FA21-4D55-947E-7E073EA5FDCB", nullptr},
-    {70, u"DoubleFisheye", 1, u"895434B4-355D-4C65-84B0-15537408A2B5", nullptr},
+    {69, u"WaterSuffer", 0, u"3E44BC05-FA21-4D55-947E-7E073EA5FDCB", Make<CWaterSuffer>},
+    {70, u"DoubleFisheye", 1, u"895434B4-355D-4C65-84B0-15537408A2B5", Make<CDoubleFisheye>},
     {71, u"Invert", 0, u"D3DCF978-3C92-4D18-AAC8-578D8BA84BC0", Make<CInvert>},
     {72, u"RainDrop", 3, u"907437DE-FBC7-4DB7-A7FD-B4FCD0A8AEF4", nullptr},
     {73, u"Split", 6, u"62689DB9-09A7-4EE7-9A4F-4A9F970A1A4F", nullptr},
@@ -288,7 +299,7 @@ constexpr EffectRow kRows[] = {
     {52, nullptr, 0, nullptr, nullptr},
     {53, nullptr, 0, nullptr, nullptr},
     {56, nullptr, 0, nullptr, nullptr},
-    {66, nullptr, 0, nullptr, nullptr},
+    {66, nullptr, 0, nullptr, Make<CDefishFilter>},
     {76, nullptr, 0, nullptr, MakeEngineShell},
     {84, nullptr, 0, nullptr, MakeEngineShell},
     {93, nullptr, 0, nullptr, MakeEngineShell},
