@@ -6,8 +6,28 @@
 #include "effect_traits.h"
 
 namespace {
+
 constexpr double kFps = 25;
 constexpr int64_t kLongest = 60;
+
+// The middle of the picture, as a clip that does not fill its frame: background fills show nothing without open sides.
+Picture WithOpenSides(Picture picture) {
+  const int32_t left = picture.width * 3 / 10;
+  for (int32_t y = 0; y < picture.height; ++y) {
+    uint8_t* row = picture.Row(y);
+    std::fill(row, row + 4 * left, uint8_t{0});
+    std::fill(row + 4 * (picture.width - left), row + 4 * picture.width, uint8_t{0});
+  }
+  return picture;
+}
+
+bool IsOpaque(const Picture& picture) {
+  for (size_t i = 3; i < picture.pixels.size(); i += 4) {
+    if (picture.pixels[i] != 255) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 FrameCache::FrameCache(const std::string& input, FrameSize demoSize, std::optional<FrameSize> pad, int32_t maxWidth)
@@ -37,13 +57,17 @@ const Picture& FrameCache::At(int64_t frame) {
   return frames_[static_cast<size_t>(std::min<int64_t>(frame, static_cast<int64_t>(frames_.size()) - 1))];
 }
 
-void RenderSample(Plugin& plugin, const EffectInfo& effect, const ParamTracks& tracks, FrameCache& source, int64_t frames,
-                  Picture& output, std::vector<Picture>* each) {
+void RenderSample(Plugin& plugin, const EffectInfo& effect, const ParamTracks& tracks, FrameCache& source,
+                  int64_t frames, Picture& output, std::vector<Picture>* each) {
   const std::unique_ptr<Effect> object = plugin.Create(effect);
+  const bool openSides = FamilyOf(effect.id) == "background fills" && IsOpaque(source.At(0));
   for (int64_t frame = 0; frame < frames; ++frame) {
-    object->Render(source.At(frame), output, frame, frames, tracks.At(frame, static_cast<double>(frame) * 1000 / kFps));
+    object->Render(openSides ? WithOpenSides(source.At(frame)) : source.At(frame), output, frame, frames,
+                   tracks.At(frame, static_cast<double>(frame) * 1000 / kFps));
     if (each) each->push_back(output);
   }
 }
 
-int64_t SampleLength(const EffectInfo& effect) { return effect.dynamic ? 48 : IsStatelessEffect(effect.id) ? 1 : 2; }
+int64_t SampleLength(const EffectInfo& effect) {
+  return effect.dynamic ? 48 : IsStatelessEffect(effect.id) ? 1 : 2;
+}
