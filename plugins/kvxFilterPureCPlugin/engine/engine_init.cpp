@@ -55,6 +55,24 @@ int32_t InitCommon(EngineRecord& record) {
   return record.paramMask ? kEngineDone : kEngineFailed;
 }
 
+struct ColorDefault {
+  uint32_t code;
+  uint8_t blue, green, red;
+};
+constexpr ColorDefault kColorDefaults[] = {
+    {2049, 255, 255, 0}, {2064, 36, 55, 225},  {2065, 70, 235, 50}, {2066, 235, 70, 40},
+    {2187, 70, 40, 245}, {2188, 36, 155, 205}, {2189, 143, 81, 40},
+};
+
+struct LevelDefault {
+  uint32_t first, last;
+  int32_t level;
+};
+constexpr LevelDefault kLevelDefaults[] = {
+    {2078, 2078, 100}, {2081, 2089, 100}, {2090, 2092, 60},  {2093, 2093, 100},
+    {2177, 2177, 100}, {2178, 2178, 40},  {2180, 2184, 100},
+};
+
 }  // namespace
 
 int32_t EngineInitLook(EngineRecord& record) {
@@ -77,4 +95,18 @@ int32_t EngineInitWarp(EngineRecord& record) {
   return status;
 }
 
-int32_t EngineInitMerge(EngineRecord& record) { return InitCommon(record); }
+int32_t EngineInitMerge(EngineRecord& record) {
+  const int32_t status = InitCommon(record);
+  for (const ColorDefault& row : kColorDefaults) {
+    if (row.code != record.code) continue;
+    record.colorBlue = row.blue;
+    record.colorGreen = row.green;
+    record.colorRed = row.red;
+  }
+  for (const LevelDefault& row : kLevelDefaults) {
+    if (record.code >= row.first && record.code <= row.last) record.level = row.level;
+  }
+  if (record.code == 2049) record.colorExtra = 128;
+  if (record.code >= 2067 && record.code <= 2070) record.channel = static_cast<int32_t>(2070 - record.code);
+  return status;
+}

@@ -1,0 +1,59 @@
+// Rows of pixels as words, as flat bytes and as grey planes. A routine works out a whole row of bytes, alpha's place
+// included, because that is one plain loop; storing the row then leaves alpha alone.
+#ifndef KVX_ENGINE_PIXEL_ROWS_H_
+#define KVX_ENGINE_PIXEL_ROWS_H_
+
+#include <cstdint>
+#include <cstring>
+
+#include "engine_internal.h"
+
+inline constexpr uint32_t kColorBytes = 0x00FFFFFF;
+inline constexpr uint32_t kAlphaByte = 0xFF000000;
+
+inline uint32_t LoadPixel(const uint8_t* p) {
+  uint32_t word;
+  std::memcpy(&word, p, 4);
+  return word;
+}
+inline void StorePixel(uint8_t* p, uint32_t word) {
+  std::memcpy(p, &word, 4);
+}
+
+inline uint32_t FourTimes(uint32_t byte) {
+  byte |= byte << 8;
+  return byte | byte << 16;
+}
+
+// The colour bytes of `count` pixels.
+inline void StoreColors(uint8_t* row, const uint8_t* colors, int32_t count) {
+  for (int32_t x = 0; x < count; ++x) {
+    StorePixel(row + 4 * x, (LoadPixel(row + 4 * x) & kAlphaByte) | (LoadPixel(colors + 4 * x) & kColorBytes));
+  }
+}
+
+// One byte for the three colours of each of `count` pixels.
+inline void StoreGrays(uint8_t* row, const uint8_t* grays, int32_t count) {
+  for (int32_t x = 0; x < count; ++x) {
+    StorePixel(row + 4 * x, (LoadPixel(row + 4 * x) & kAlphaByte) | (FourTimes(grays[x]) & kColorBytes));
+  }
+}
+
+// The colour bytes of the outermost rows and columns.
+void FillRim(const EngineImage& image, uint8_t value);
+
+// Luma4 of every pixel, rows `image.width` bytes apart.
+void MakeGrayPlane(const EngineImage& image, uint8_t* plane);
+
+// Three rows of bytes, of which the inner ones stand between neighbours `apart` bytes away.
+struct RowTriple {
+  const uint8_t* up;
+  const uint8_t* mid;
+  const uint8_t* down;
+};
+
+// The largest byte of each 3 by 3 neighbourhood, for bytes `apart` to count - apart - 1 of the middle row. `columns` is
+// scratch of `count` bytes.
+void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* columns, uint8_t* out);
+
+#endif  // KVX_ENGINE_PIXEL_ROWS_H_

@@ -1,0 +1,161 @@
+// Warps of a 3 by 3 neighbourhood: sharpen, sketch, neon and the pencil looks.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "pixel_rows.h"
+#include "warp_routines.h"
+
+namespace {
+
+// Rows 1 to height - 2: `row(rows of the copy, out)` fills the flat bytes of a row, of which those of the inner pixels
+// are stored. Frames without inner pixels stay.
+template <typename PerRow>
+void ForInnerRows(const EngineImage& frame, const EngineImage& copy, PerRow row) {
+  if (frame.width < 3) return;
+  std::vector<uint8_t> out(static_cast<size_t>(frame.width) * 4);
+  for (int32_t y = 1; y < frame.height - 1; ++y) {
+    row(RowTriple{copy.Row(y - 1), copy.Row(y), copy.Row(y + 1)}, out.data());
+    StoreColors(frame.Row(y) + 4, out.data() + 4, frame.width - 2);
+  }
+}
+
+// The same over the grey plane, one byte a pixel, which takes the copy's place.
+template <typename PerRow>
+void ForInnerGrayRows(const EngineImage& frame, const EngineImage& copy, PerRow row) {
+  const int32_t width = frame.width;
+  MakeGrayPlane(frame, copy.pixels);
+  if (width < 3) return;
+  std::vector<uint8_t> out(static_cast<size_t>(width));
+  for (int32_t y = 1; y < frame.height - 1; ++y) {
+    const uint8_t* mid = copy.pixels + static_cast<ptrdiff_t>(y) * width;
+    row(RowTriple{mid - width, mid, mid + width}, out.data());
+    StoreGrays(frame.Row(y) + 4, out.data() + 1, width - 2);
+  }
+}
+
+int32_t Sharpen(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
+  const int32_t last = 4 * (frame.width - 1);
+  ForInnerRows(frame, copy, [last](const RowTriple& r, uint8_t* out) {
+    for (int32_t i = 4; i < last; ++i) {
+      const int32_t around =
+          r.up[i - 4] + r.up[i] + r.up[i + 4] + r.mid[i - 4] + r.mid[i + 4] + r.down[i - 4] + r.down[i] + r.down[i + 4];
+      out[i] = static_cast<uint8_t>(std::clamp(9 * r.mid[i] - around, 0, 255));
+    }
+  });
+  return kEngineDone;
+}
+
+// Both Sobel directions, each and together limited to 255.
+inline int32_t Gradient(const RowTriple& r, int32_t i, int32_t apart) {
+  const int32_t tl = r.up[i - apart], tc = r.up[i], tr = r.up[i + apart];
+  const int32_t ml = r.mid[i - apart], mr = r.mid[i + apart];
+  const int32_t bl = r.down[i - apart], bc = r.down[i], br = r.down[i + apart];
+  const int32_t gx = std::min(std::abs(2 * (mr - ml) - tl - bl + tr + br), 255);
+  const int32_t gy = std::min(std::abs(2 * (bc - tc) - tl - tr + bl + br), 255);
+  return std::min(gx + gy, 255);
+}
+
+int32_t Sketch(EngineRecord& record, const EngineImage& frame, const EngineImage& copy) {
+  const int32_t level = Percent(record.level);
+  const int32_t last = frame.width - 1;
+  ForInnerGrayRows(frame, copy, [=](const RowTriple& r, uint8_t* out) {
+    for (int32_t i = 1; i < last; ++i) out[i] = static_cast<uint8_t>(255 - ((Gradient(r, i, 1) + level) >> 1));
+  });
+  return kEngineDone;
+}
+
+int32_t Neon(EngineRecord& record, const EngineImage& frame, const EngineImage& copy) {
+  const int32_t level = Percent(record.level);
+  const int32_t last = 4 * (frame.width - 1);
+  ForInnerRows(frame, copy, [=](const RowTriple& r, uint8_t* out) {
+    for (int32_t i = 4; i < last; ++i) out[i] = static_cast<uint8_t>(std::max(Gradient(r, i, 4), level));
+  });
+  FillRim(frame, 0);
+  return kEngineDone;
+}
+
+// t[i] = 2^24 / (i + offset), but t[0] = 0.
+std::array<uint32_t, 256> Reciprocals(uint32_t offset) {
+  std::array<uint32_t, 256> table{};
+  for (uint32_t i = 1; i < 256; ++i) table[i] = (1u << 24) / (i + offset);
+  return table;
+}
+
+// Grey divided by the largest grey around: lines stay, areas turn white.
+int32_t SketchB(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
+  const std::array<uint32_t, 256> reciprocal = Reciprocals(0);
+  const int32_t width = frame.width;
+  std::vector<uint8_t> scratch(2 * static_cast<size_t>(width));
+  uint8_t* largest = scratch.data() + width;
+  ForInnerGrayRows(frame, copy, [&](const RowTriple& r, uint8_t* out) {
+    MaxOf3x3(r, 1, width, scratch.data(), largest);
+    for (int32_t i = 1; i < width - 1; ++i) {
+      const uint32_t ratio = largest[i] ? (reciprocal[largest[i]] * r.mid[i]) >> 16 : 255;
+      out[i] = static_cast<uint8_t>(std::min(ratio, 255u));
+    }
+  });
+  FillRim(frame, 255);  // a pixel divided by itself
+  return kEngineDone;
+}
+
+// The same for each colour channel by itself, darker.
+int32_t NeonB(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
+  const std::array<uint32_t, 256> reciprocal = Reciprocals(8);
+  const int32_t bytes = 4 * frame.width;
+  std::vector<uint8_t> scratch(2 * static_cast<size_t>(bytes));
+  uint8_t* largest = scratch.data() + bytes;
+  ForInnerRows(frame, copy, [&](const RowTriple& r, uint8_t* out) {
+    MaxOf3x3(r, 4, bytes, scratch.data(), largest);
+    for (int32_t i = 4; i < bytes - 4; ++i) {
+      out[i] = static_cast<uint8_t>(std::min((reciprocal[largest[i]] * r.mid[i]) >> 16, 255u));
+    }
+  });
+  FillRim(frame, 0);
+  return kEngineDone;
+}
+
+// Lifts each channel by how far its brightest neighbour stands above it. The lift is filled from entry r * 16 and read
+// one entry further on.
+int32_t NeonC(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
+  uint8_t lift[256 * 16 + 1] = {};
+  for (int32_t r = 0; r < 256; ++r) {
+    for (int32_t k = 1; k <= 16; ++k) lift[r * 16 + k - 1] = static_cast<uint8_t>(3584 * k / (r + 2 * k) / 10);
+  }
+  uint8_t root[256];
+  for (int32_t i = 0; i < 256; ++i) root[i] = static_cast<uint8_t>(std::sqrt(i + 1.0));
+  const auto lifted = [&](int32_t c, int32_t d) {
+    return static_cast<uint8_t>(c + ((lift[d * 16 + root[c]] * (255 - c)) >> 8));
+  };
+
+  const int32_t width = frame.width;
+  const int32_t height = frame.height;
+  const int32_t bytes = 4 * width;
+  std::vector<uint8_t> scratch(3 * static_cast<size_t>(bytes));
+  uint8_t* largest = scratch.data() + bytes;
+  uint8_t* out = largest + bytes;
+  for (int32_t y = 0; y < height; ++y) {
+    const uint8_t* mid = copy.Row(y);
+    if (y == 0 || y == height - 1 || width < 3) {
+      std::memcpy(largest, mid, static_cast<size_t>(bytes));
+    } else {
+      MaxOf3x3({copy.Row(y - 1), mid, copy.Row(y + 1)}, 4, bytes, scratch.data(), largest);
+      std::memcpy(largest, mid, 4);
+      std::memcpy(largest + bytes - 4, mid + bytes - 4, 4);
+    }
+    for (int32_t i = 0; i < bytes; ++i) out[i] = lifted(mid[i], largest[i] - mid[i]);
+    StoreColors(frame.Row(y), out, width);
+  }
+  return kEngineDone;
+}
+
+}  // namespace
+
+std::span<const WarpRoutine> EdgeRoutines() {
+  static constexpr WarpRoutine kRoutines[] = {{1026, Sharpen}, {1028, Sketch}, {1029, Neon},
+                                              {1038, SketchB}, {1039, NeonB},  {1040, NeonC}};
+  return kRoutines;
+}

@@ -1,0 +1,102 @@
+// Flames: a field of heat that is fed at its bottom and rises, drawn through a palette.
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "pixel_rows.h"
+#include "random.h"
+#include "warp_routines.h"
+
+namespace {
+
+using Palette = std::array<uint16_t, 256>;
+
+// 5-6-5 words from black through red and yellow to white.
+constexpr Palette MakePalette() {
+  Palette palette{};
+  for (int32_t i = 0; i < 256; ++i) {
+    const int32_t red = std::min(i * i / 16, 255);
+    const int32_t green = std::clamp((i - 44) * 5, 0, 255);
+    const int32_t blue = std::clamp((i - 104) * 4, 0, 255);
+    palette[static_cast<size_t>(i)] = static_cast<uint16_t>((red >> 3) << 11 | (green >> 2) << 5 | blue >> 3);
+  }
+  return palette;
+}
+constexpr Palette kPalette = MakePalette();
+
+// The bottom five rows, column by column from below: every third cell takes a byte, doubled within its eight bits if it
+// is bright and as none if it is dark, and the two cells above take the same.
+void Seed(int32_t* field, const EngineImage& frame) {
+  const int32_t rows = std::min(5, frame.height);
+  Rand rand;
+  int32_t at = rand.Next() & 511;
+  for (int32_t x = 0; x < frame.width; ++x) {
+    int32_t heat = 0;
+    for (int32_t i = 0; i < rows; ++i) {
+      if (i % 3 == 0) {
+        const int32_t byte = randomTable[at++ & 0x3FF];
+        heat = byte > 128 ? 2 * byte & 255 : 0;
+      }
+      field[static_cast<ptrdiff_t>(frame.height - 1 - i) * frame.width + x] = heat;
+    }
+  }
+}
+
+// Heat rises by a row: each cell takes the mean of three cells in the row behind it and one in the row behind that. As
+// the mean is cut, heat fades on its way. The first row has nowhere to pass it on to and copies its neighbour.
+void Rise(int32_t* field, const EngineImage& frame) {
+  const int32_t width = frame.width;
+  const int32_t last = width - 1;
+  for (int32_t y = 1; y < frame.height - 2; ++y) {
+    int32_t* row = field + static_cast<ptrdiff_t>(y) * width;
+    const int32_t* behind = row + width;
+    const int32_t* farther = behind + width;
+    const auto cell = [=](int32_t left, int32_t x, int32_t right) {
+      row[x] = (behind[left] + behind[x] + behind[right] + farther[x]) >> 2;
+    };
+    for (int32_t x = 1; x < last; ++x) cell(x - 1, x, x + 1);
+    cell(0, 0, std::min(1, last));
+    cell(std::max(last - 1, 0), last, last);
+  }
+  if (frame.height > 1) std::copy_n(field + width, width, field);
+}
+
+int32_t Flames(EngineRecord& record, const EngineImage& frame, const EngineImage& copy) {
+  const int32_t width = frame.width;
+  const int64_t cells = static_cast<int64_t>(width) * frame.height;
+  if (cells * 4 > INT32_MAX) return kEngineNoScratch;
+  const bool fresh = cells * 4 > record.tableCapacity;
+  auto* field = reinterpret_cast<int32_t*>(EnsureTable(record, static_cast<int32_t>(cells * 4), 0));
+  if (!field) return kEngineNoScratch;
+  if (fresh) std::memset(field, 0, static_cast<size_t>(cells) * 4);
+  Seed(field, frame);
+  for (int32_t round = 0; round < 3; ++round) Rise(field, frame);
+
+  uint32_t alpha[256];
+  const uint32_t strength = static_cast<uint32_t>(Percent(record.level) * 45 / 200);
+  for (size_t i = 0; i < 256; ++i) alpha[i] = std::min(kPalette[i] * strength * 20 / 64453, 255u);
+
+  const bool forward = record.direction == 1;
+  for (int32_t y = 0; y < frame.height; ++y) {
+    const int32_t* heat = field + (forward ? y : frame.height - 1 - y) * static_cast<ptrdiff_t>(width);
+    uint8_t* out = frame.Row(y);
+    const uint8_t* in = copy.Row(y);
+    for (int32_t x = 0; x < width; ++x, out += 4, in += 4) {
+      const int32_t index = heat[forward ? x : width - 1 - x] & 255;
+      if (index == 0) continue;
+      const uint32_t word = kPalette[static_cast<size_t>(index)];
+      const uint32_t a = alpha[index];
+      out[0] = static_cast<uint8_t>((in[0] * (256 - a) + (word & 31) * 8 * a) >> 8);
+      out[1] = static_cast<uint8_t>((in[1] * (256 - a) + (word >> 3 & 252) * a) >> 8);
+      out[2] = static_cast<uint8_t>((in[2] * (256 - a) + (word >> 8 & 248) * a) >> 8);
+    }
+  }
+  return kEngineDone;
+}
+
+}  // namespace
+
+std::span<const WarpRoutine> FlameRoutines() {
+  static constexpr WarpRoutine kRoutines[] = {{1037, Flames}};
+  return kRoutines;
+}
