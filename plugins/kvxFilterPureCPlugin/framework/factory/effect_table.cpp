@@ -2,40 +2,62 @@
 
 #include <algorithm>
 
+#include "3DGrid.h"
 #include "BGFVariants.h"
 #include "Balance.h"
+#include "Baltan.h"
 #include "CartoonFilter.h"
+#include "CloudsFilter.h"
 #include "Cluster.h"
 #include "ColorScale.h"
 #include "Curves.h"
 #include "DefishFilter.h"
+#include "Delay.h"
+#include "DelayGrab.h"
 #include "DistortFilter.h"
 #include "DoubleFisheye.h"
 #include "EdgeglowFilter.h"
 #include "Emboss.h"
 #include "Equalize.h"
+#include "FireFilter.h"
+#include "Flash.h"
+#include "FlippoFilter.h"
 #include "Glow.h"
 #include "HueShift.h"
+#include "IsingFilter.h"
 #include "LensCorrection.h"
 #include "LetterBox.h"
+#include "LissajousFilter.h"
 #include "LumaLevels.h"
 #include "MaskmateFilter.h"
 #include "Mosaics.h"
+#include "Nervous.h"
+#include "NosyncFilter.h"
 #include "OrnerFilter.h"
 #include "PerspectiveFilter.h"
+#include "PlasmaFilter.h"
 #include "PointColor.h"
 #include "PointTone.h"
+#include "RainDropFilter.h"
+#include "Ribbon.h"
 #include "Scatter.h"
 #include "SelectFilter.h"
 #include "Sharpen.h"
 #include "Sobel.h"
+#include "SplitFilter.h"
+#include "SplitMoveFilter.h"
 #include "SquareBlur.h"
+#include "TVWallFilter.h"
+#include "TehRoxxFilter.h"
 #include "ThreeDFlippoFilter.h"
 #include "Tint.h"
 #include "ToneTable.h"
+#include "TwoSplitFadeInFilter.h"
+#include "VertigoFilter.h"
 #include "WaterRippleFilter.h"
 #include "WaterSufferFilter.h"
 #include "WaterSwirlFilter.h"
+#include "XFadeFilter.h"
 #include "shells.h"
 
 namespace {
@@ -51,20 +73,20 @@ constexpr EffectRow kRows[] = {
     {22, u"Cluster", 2, u"DC8F984A-4178-497c-8AAE-4F4C896FC79F", Make<CCluster>},
     {28, u"Contrast", 1, u"3CEAAF30-8142-48EA-91D9-3080F9B439FC", Make<CContrast>},
     {20, u"Distort", 2, u"9DFB369B-AB13-4FAE-A276-55DAA05F1119", Make<CDistort>},
-    {13, u"Flip", 2, u"6301BBFC-A0C5-454E-8FF9-BB510944FE0C", nullptr},
+    {13, u"Flip", 2, u"6301BBFC-A0C5-454E-8FF9-BB510944FE0C", Make<CFlippoFilter>},
     {27, u"Gamma", 1, u"6FCED11D-2BD8-41E6-847A-8387CDDE8D51", Make<CGamma>},
     {19, u"LenCorrection", 4, u"3A124C64-7E02-4F05-B7C1-DCE27F7695F5", Make<CLensCorrection>},
     {18, u"LetterBox", 1, u"66080F17-4C96-48E2-9CBD-0BA3A1A6BCDE", Make<CLetterBox>},
     {24, u"Masaic", 2, u"B120A366-F0BB-49CF-82F2-DC05873F9BD0", Make<CMosaics>},
     {26, u"Saturation", 1, u"78B7D0AC-8477-4CE0-8E4C-DA11B43C589B", Make<CSaturation>},
     {17, u"SquareBlur", 1, u"2330FCF1-562A-44B8-8866-8D77E827062C", Make<CSquareBlur>},
-    {14, u"VideoWall", 0, u"C1ACC990-6424-450A-A36B-F9B3DDCB369D", nullptr},
-    {15, u"TVWall", 1, u"9AD9B9A2-5E78-454D-B065-A1C284CC4549", nullptr},
-    {16, u"Giddiness", 2, u"99356597-6FBA-4662-B6A7-30B7B12E9EED", nullptr},
+    {14, u"VideoWall", 0, u"C1ACC990-6424-450A-A36B-F9B3DDCB369D", Make<CTehRoxxFilter>},
+    {15, u"TVWall", 1, u"9AD9B9A2-5E78-454D-B065-A1C284CC4549", Make<CTVWallFilter>},
+    {16, u"Giddiness", 2, u"99356597-6FBA-4662-B6A7-30B7B12E9EED", Make<CVertigoFilter>},
     {29, u"Edgeglow", 3, u"8DF08078-A22E-4180-85C2-C2AF3977A654", Make<CEdgeglowFilter>},
     {30, u"Maskmate", 5, u"F3194A3B-381E-43E7-952C-466E473A1797", Make<CMaskmateFilter>},
     {31, u"3DFlippo", 7, u"C498B6E7-3648-445E-9AFA-3A387F006745", Make<C3DFlippoFilter>},
-    {32, u"Nosync", 2, u"AB57F985-4332-43DA-A75A-2E199B58BA8D", nullptr},
+    {32, u"Nosync", 2, u"AB57F985-4332-43DA-A75A-2E199B58BA8D", Make<CNosyncFilter>},
     {33, u"Cartoon", 2, u"C1B87F1A-7323-491B-99F9-CBEF0F69A4D0", Make<CCartoonFilter>},
     {34, u"WaterRipple", 2, u"2EB73728-2FEA-475E-B536-5E1458294A90", Make<CWaterRipple>},
     {35, u"TwoLay", 0, u"AC3E0B5B-C291-4709-8C1E-26038DABF68E", Make<CTwoLay>},
@@ -84,27 +106,27 @@ constexpr EffectRow kRows[] = {
     {51, u"Noise", 2, u"DF219833-D97B-401B-B581-437A489229E0", Make<CNoiseFilter>},
     {54, u"Luminance", 0, u"F054E0B8-3CE3-494D-B394-7D9C777A5BBB", Make<CLuminance>},
     {55, u"Blance", 5, u"27F82F94-6709-4347-BF02-83A32BC318AA", Make<CBalance>},
-    {57, u"Fire", 5, u"90237DE7-232A-49DE-BED4-32292ED99A49", nullptr},
-    {4, u"Ribbon", 2, u"521B55AD-A989-48E5-9645-F8997A98714F", nullptr},
-    {3, u"3DGrid", 2, u"9E450909-A8D1-4DEA-9DDF-C65E144B2080", nullptr},
+    {57, u"Fire", 5, u"90237DE7-232A-49DE-BED4-32292ED99A49", Make<CFireFilter>},
+    {4, u"Ribbon", 2, u"521B55AD-A989-48E5-9645-F8997A98714F", Make<CRibbon>},
+    {3, u"3DGrid", 2, u"9E450909-A8D1-4DEA-9DDF-C65E144B2080", Make<C3DGrid>},
     {11, u"Canvas", 1, u"13D38B63-47E3-4C09-B70C-349F6DCB6633", Make<CCanvas>},
-    {9, u"Flash", 3, u"1E527FF9-160E-47A4-89F1-C7E23916E1DF", nullptr},
+    {9, u"Flash", 3, u"1E527FF9-160E-47A4-89F1-C7E23916E1DF", Make<CFlash>},
     {10, u"Carve", 2, u"C51AE08B-3727-4581-BE57-821B6396E022", Make<CCarve>},
     {12, u"Sharpen", 1, u"F0CBB970-378B-470C-B642-8C7A968A89B8", Make<CSharpen>},
-    {58, u"Clouds", 4, u"A71CB470-5920-4C65-B7EF-2DB5B2ECAA17", nullptr},
-    {59, u"Baltan", 0, u"2A4ABF0B-C32D-41C6-B8FC-1B9F9C323459", nullptr},
-    {60, u"Delay", 2, u"DC19C734-AEDE-4AAA-96AA-305BA40F8266", nullptr},
-    {61, u"DelayGrab", 2, u"EDC28211-6850-460B-AD84-F22BE1B2A2AC", nullptr},
+    {58, u"Clouds", 4, u"A71CB470-5920-4C65-B7EF-2DB5B2ECAA17", Make<CCloudsFilter>},
+    {59, u"Baltan", 0, u"2A4ABF0B-C32D-41C6-B8FC-1B9F9C323459", Make<CBaltan>},
+    {60, u"Delay", 2, u"DC19C734-AEDE-4AAA-96AA-305BA40F8266", Make<CDelay>},
+    {61, u"DelayGrab", 2, u"EDC28211-6850-460B-AD84-F22BE1B2A2AC", Make<CDelayGrab>},
     {62, u"WaterSwirl", 4, u"3AD8132F-0E23-47C3-A546-4623B5847C5C", Make<CWaterSwirl>},
     {63, u"Glow", 1, u"E88EDD50-5042-4947-984D-BD487B982FF1", Make<CGlow>},
-    {64, u"Nervous", 1, u"D688AF4E-11A5-499C-A8B7-D9BBF9837120", nullptr},
+    {64, u"Nervous", 1, u"D688AF4E-11A5-499C-A8B7-D9BBF9837120", Make<CNervous>},
     {65, u"COrner", 0, u"6D49C9D8-A620-4E8E-ACBA-2B799E3B3748", Make<COrnerFilter>},
     {67, u"Select", 0, u"7856881E-0461-4F9D-8693-3030B63798FA", Make<CSelect>},
     {69, u"WaterSuffer", 0, u"3E44BC05-FA21-4D55-947E-7E073EA5FDCB", Make<CWaterSuffer>},
     {70, u"DoubleFisheye", 1, u"895434B4-355D-4C65-84B0-15537408A2B5", Make<CDoubleFisheye>},
     {71, u"Invert", 0, u"D3DCF978-3C92-4D18-AAC8-578D8BA84BC0", Make<CInvert>},
-    {72, u"RainDrop", 3, u"907437DE-FBC7-4DB7-A7FD-B4FCD0A8AEF4", nullptr},
-    {73, u"Split", 6, u"62689DB9-09A7-4EE7-9A4F-4A9F970A1A4F", nullptr},
+    {72, u"RainDrop", 3, u"907437DE-FBC7-4DB7-A7FD-B4FCD0A8AEF4", Make<CRainDrop>},
+    {73, u"Split", 6, u"62689DB9-09A7-4EE7-9A4F-4A9F970A1A4F", Make<CSplitFilter>},
     {74, u"Snow", 3, u"23988BE3-90DD-4D0F-85C4-9A0C911DE6FD", MakeEngineShell},
     {75, u"AmNoise", 1, u"EEBB6992-D1BD-47F0-99E7-121CEC7F6B9E", MakeEngineShell},
     {77, u"AmPlash", 1, u"B26F7395-06DF-41FE-8741-60B8A8B79AB6", MakeEngineShell},
@@ -264,11 +286,11 @@ constexpr EffectRow kRows[] = {
     {354, u"Concert", 0, u"2B71A976-45BF-4ABA-A071-BA3C32AA6781", nullptr},
     {355, u"NightGlassView", 0, u"219201EC-AB4A-4F0E-8DDD-DCA475CC9813", nullptr},
     {356, u"Camcorder", 0, u"72B1B3A9-6027-4AE1-B9E3-AF93935ACF8D", nullptr},
-    {366, u"SplitMove", 0, u"BA3EB1BC-782C-4882-BABE-D09A5558FD8F", nullptr},
-    {367, u"TwoSplitMove", 0, u"F51B02DE-E592-4602-9B6A-CC5AF6B01EB6", nullptr},
-    {368, u"ThreeSplitMoveT2B", 0, u"112C6FF3-FD1C-4DF7-9E22-4022C75666EC", nullptr},
-    {369, u"TwoSplitLeftFadeIn", 0, u"717037B6-7584-4973-85D5-E07807782D1C", nullptr},
-    {370, u"TwoSplitRightFadeIn", 0, u"BC5BA979-5152-4F5A-9C76-61B90B2BF015", nullptr},
+    {366, u"SplitMove", 0, u"BA3EB1BC-782C-4882-BABE-D09A5558FD8F", Make<CSplitMoveFilter>},
+    {367, u"TwoSplitMove", 0, u"F51B02DE-E592-4602-9B6A-CC5AF6B01EB6", Make<CTwoSplitMoveFilter>},
+    {368, u"ThreeSplitMoveT2B", 0, u"112C6FF3-FD1C-4DF7-9E22-4022C75666EC", Make<CThreeSplitMoveFilterTop2Bottom>},
+    {369, u"TwoSplitLeftFadeIn", 0, u"717037B6-7584-4973-85D5-E07807782D1C", Make<CTwoSplitLeftFadeInFilter>},
+    {370, u"TwoSplitRightFadeIn", 0, u"BC5BA979-5152-4F5A-9C76-61B90B2BF015", Make<CTwoSplitRightFadeInFilter>},
     {357, u"LightWithBlue", 0, u"FAA3B69D-5087-4570-B6D5-FEE6D328E36F", nullptr},
     {358, u"LightWithGreen", 0, u"5C1A227F-2166-4B86-ABAF-CEF59D654DA0", nullptr},
     {359, u"LightWithRed", 0, u"D450496C-F528-4042-A4C2-BDC4AFBCF7CD", nullptr},
@@ -295,10 +317,10 @@ constexpr EffectRow kRows[] = {
     {21, nullptr, 0, nullptr, Make<CCurves>},
     {23, nullptr, 0, nullptr, Make<CThresHold>},
     {40, nullptr, 0, nullptr, Make<CBlueScreen>},
-    {50, nullptr, 0, nullptr, nullptr},
-    {52, nullptr, 0, nullptr, nullptr},
-    {53, nullptr, 0, nullptr, nullptr},
-    {56, nullptr, 0, nullptr, nullptr},
+    {50, nullptr, 0, nullptr, Make<CPlasmaFilter>},
+    {52, nullptr, 0, nullptr, Make<CIsingFilter>},
+    {53, nullptr, 0, nullptr, Make<CLissajousFilter>},
+    {56, nullptr, 0, nullptr, Make<CXFadeFilter>},
     {66, nullptr, 0, nullptr, Make<CDefishFilter>},
     {76, nullptr, 0, nullptr, MakeEngineShell},
     {84, nullptr, 0, nullptr, MakeEngineShell},

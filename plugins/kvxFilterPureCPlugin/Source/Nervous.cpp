@@ -1,0 +1,59 @@
+#include "Nervous.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "frame.h"
+#include "numeric.h"
+
+namespace {
+constexpr ParamRow kParams[] = {{u"Mode", 1, 0, 1}};
+constexpr int32_t kFrames = 32;
+}  // namespace
+
+CNervous::CNervous(int32_t width, int32_t height) : CBaseFilterProc(width, height) { Reset(); }
+
+void CNervous::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  DescribeParam(desc, index, kParams, {static_cast<double>(mode_)});
+}
+
+// The random numbers go on.
+void CNervous::Reset() {
+  ring_.Allocate(PixelCount(width, height) * 4 * kFrames);
+  writeIndex_ = count_ = timer_ = stride_ = readIndex_ = 0;
+}
+
+uint32_t CNervous::NextRandom() { return seed_ = seed_ * 1103515245u + 12345u; }
+
+// With the mode on, runs of 2 to 7 frames at one of the strides -2, -1, 1, 2, 3; off, a jump on every frame.
+void CNervous::ChooseFrame() {
+  const uint32_t count = static_cast<uint32_t>(count_);
+  if (mode_ == 0) {
+    readIndex_ = static_cast<int32_t>(NextRandom() % count);
+  } else if (timer_ != 0) {
+    readIndex_ += stride_;
+    while (readIndex_ < 0) readIndex_ += count_;
+    while (readIndex_ >= count_) readIndex_ -= count_;
+    --timer_;
+  } else {
+    readIndex_ = static_cast<int32_t>(NextRandom() % count);
+    stride_ = static_cast<int32_t>(NextRandom() % 5) - 2;
+    if (stride_ >= 0) ++stride_;
+    timer_ = static_cast<int32_t>(NextRandom() % 6) + 2;
+  }
+}
+
+void CNervous::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
+  mode_ = Trunc32(Param(params, 1));
+  if (Param(params, 2) == 1.0) Reset();
+  const size_t frameBytes = 4 * PixelCount(width, height);
+  if (!ring_) {
+    std::memcpy(dst, src, frameBytes);
+    return;
+  }
+  std::memcpy(ring_.Data() + static_cast<size_t>(writeIndex_) * frameBytes, src, frameBytes);
+  count_ = std::min(count_ + 1, kFrames);
+  ChooseFrame();
+  writeIndex_ = (writeIndex_ + 1) % kFrames;
+  std::memcpy(dst, ring_.Data() + static_cast<size_t>(readIndex_) * frameBytes, frameBytes);
+}

@@ -1,0 +1,37 @@
+// Pixels as 32-bit words 0xAARRGGBB, and runs of them.
+#ifndef KVX_SOURCE_PIXEL_WORDS_H_
+#define KVX_SOURCE_PIXEL_WORDS_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "frame.h"
+
+inline constexpr uint32_t kOpaqueBlack = 0xFF000000;
+
+inline uint32_t LoadPixel(const uint8_t* row, int32_t x) {
+  uint32_t pixel;
+  std::memcpy(&pixel, row + 4 * static_cast<ptrdiff_t>(x), 4);
+  return pixel;
+}
+
+inline void StorePixel(uint8_t* row, int32_t x, uint32_t pixel) {
+  std::memcpy(row + 4 * static_cast<ptrdiff_t>(x), &pixel, 4);
+}
+
+// `count` pixels; none if it is not above 0.
+inline void CopyPixels(const uint8_t* src, uint8_t* dst, int32_t count) {
+  if (count > 0) std::memcpy(dst, src, 4 * static_cast<size_t>(count));
+}
+
+inline void FillPixels(uint8_t* row, int32_t begin, int32_t end, uint32_t pixel) {
+  for (int32_t x = begin; x < end; ++x) StorePixel(row, x, pixel);
+}
+
+// Row by row, the visible pixels only.
+inline void CopyVisible(ConstFrameView src, FrameView dst) {
+  for (int32_t y = 0; y < dst.height; ++y) CopyPixels(src.Row(y), dst.Row(y), dst.width);
+}
+
+#endif  // KVX_SOURCE_PIXEL_WORDS_H_

@@ -1,0 +1,31 @@
+// Rain on water, with the picture below it.
+#ifndef KVX_SOURCE_RAIN_DROP_FILTER_H_
+#define KVX_SOURCE_RAIN_DROP_FILTER_H_
+
+#include <array>
+#include <cstdint>
+
+#include "zeroed_array.h"
+#include "kvx/processor.h"
+
+class CRainDrop : public CBaseFilterProc {
+ public:
+  using CBaseFilterProc::CBaseFilterProc;
+  void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
+  void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
+
+ private:
+  bool Allocate();
+  uint32_t NextRandom();
+  void LetFall(int32_t x, int32_t y, int32_t radius);
+
+  int32_t radius_ = 100;
+  int32_t density_ = 2;
+  int32_t dropHeight_ = 321;
+  uint32_t seed_ = 0;
+  std::array<ZeroedArray<int32_t>, 2> heights_;  // the water's height now and one frame ago, by turns
+  uint32_t page_ = 0;                            // the one that is now
+  ZeroedArray<uint8_t> picture_;                 // the source, packed
+};
+
+#endif  // KVX_SOURCE_RAIN_DROP_FILTER_H_

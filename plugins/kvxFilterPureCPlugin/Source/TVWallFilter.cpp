@@ -1,0 +1,40 @@
+#include "TVWallFilter.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include "TileRows.h"
+#include "frame.h"
+#include "numeric.h"
+
+namespace {
+constexpr ParamRow kParams[] = {{u"SpliteSize", 0, 2, 8}};
+}
+
+void CTVWallFilter::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  DescribeParam(desc, index, kParams, {static_cast<double>(split_)});
+}
+
+void CTVWallFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep,
+                            const ParamValueArray* params) {
+  const int32_t split = Trunc32(Param(params, 1));
+  const int32_t tileWidth = split > 0 ? width / split : 0;
+  const int32_t tileHeight = split > 0 ? height / split : 0;
+  if (!tile_ || split != split_) {
+    split_ = split;
+    tile_.Allocate(4 * PixelCount(tileWidth, tileHeight));
+  }
+  if (!tile_) return;
+
+  const cv::Mat picture(height, width, CV_8UC4, src, static_cast<size_t>(srcStep));
+  cv::Mat small(tileHeight, tileWidth, CV_8UC4, tile_.Data());
+  cv::resize(picture, small, small.size(), 0, 0, cv::INTER_LINEAR);
+  LineTile(PackedDest(tile_.Data(), tileWidth, tileHeight));
+
+  const ConstFrameView tile = PackedSource(tile_.Data(), tileWidth, tileHeight);
+  const FrameView out{dst, width, height, dstStep};
+  for (int32_t row = 0; row < height / tileHeight; ++row) {
+    for (int32_t column = 0; column < width / tileWidth; ++column) {
+      PlaceTile(tile, out, tileWidth * column, tileHeight * row);
+    }
+  }
+}
