@@ -30,8 +30,8 @@ enum class PictureFormat { kUnknown, kPng, kJpeg };
 // By the first bytes, whatever the file is called.
 PictureFormat DetectFormat(std::string_view bytes);
 
-// Decodes a PNG (any colour type and depth; 16 bits are cut to 8) or a JPEG (grey or colour; alpha 255). False, with a reason
-// in `error` and `picture` in an unspecified but valid state, if the bytes are not a whole and sound picture.
+// Decodes a PNG (any colour type and depth; 16 bits are cut to 8) or a JPEG (grey or colour; alpha 255). False, with a
+// reason in `error` and `picture` in an unspecified but valid state, if the bytes are not a whole and sound picture.
 bool DecodePicture(std::string_view bytes, Picture& picture, std::string& error);
 
 // The file's bytes, alpha included; empty if it cannot be encoded.

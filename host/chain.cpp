@@ -75,7 +75,8 @@ void Chain::AddText(const Plugin& plugin, const std::string& text) {
 }
 
 bool Chain::IsStateless() const {
-  return std::all_of(links_.begin(), links_.end(), [](const ChainLink& link) { return IsStatelessEffect(link.effect->id); });
+  return std::all_of(links_.begin(), links_.end(),
+                     [](const ChainLink& link) { return IsStatelessEffect(link.effect->id); });
 }
 
 ChainRunner::ChainRunner(Plugin& plugin, const Chain& chain) : chain_(chain) {
@@ -97,10 +98,12 @@ Chain ReadRecipe(const Plugin& plugin, const std::string& path) {
   try {
     recipe = ordered_json::parse(text);
   } catch (const ordered_json::parse_error& error) {
-    const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(error.byte, text.size())), '\n');
+    const auto line =
+        1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(error.byte, text.size())), '\n');
     throw UsageError(fmt::format("{}: not JSON at line {}", path, line));
   }
-  if (!recipe.is_object() || !recipe.contains("effects") || !recipe["effects"].is_array() || recipe["effects"].empty()) {
+  if (!recipe.is_object() || !recipe.contains("effects") || !recipe["effects"].is_array() ||
+      recipe["effects"].empty()) {
     throw UsageError(fmt::format("{}: effects: must be a list of at least one effect", path));
   }
   Chain chain;
@@ -110,14 +113,16 @@ Chain ReadRecipe(const Plugin& plugin, const std::string& path) {
     try {
       if (!entry.is_object()) throw UsageError("must be an object");
       for (const auto& [key, value] : entry.items()) {
-        if (key != "effect" && key != "opacity" && key != "params") throw UsageError(fmt::format("unknown key \"{}\"", key));
+        if (key != "effect" && key != "opacity" && key != "params")
+          throw UsageError(fmt::format("unknown key \"{}\"", key));
       }
       place += ".effect";
       if (!entry.contains("effect") || !(entry["effect"].is_string() || entry["effect"].is_number_integer())) {
         throw UsageError("must be a name, an id or a GUID");
       }
-      const EffectInfo& effect = plugin.Find(
-          entry["effect"].is_string() ? entry["effect"].get<std::string>() : std::to_string(entry["effect"].get<int64_t>()));
+      const EffectInfo& effect =
+          plugin.Find(entry["effect"].is_string() ? entry["effect"].get<std::string>()
+                                                  : std::to_string(entry["effect"].get<int64_t>()));
       place = fmt::format("effects[{}].opacity", i);
       double opacity = 100;
       if (entry.contains("opacity")) {

@@ -44,8 +44,8 @@ class ChainRunner {
   Picture output_;
 };
 
-// Recipes are JSON: {"effects": [{"effect": "Snow", "opacity": 80, "params": {"Percent": 40, "Radius": {"0": 10, "50": 90}}}]}.
-// Errors name the place in the file.
+// Recipes are JSON: {"effects": [{"effect": "Snow", "opacity": 80, "params": {"Percent": 40, "Radius": {"0": 10, "50":
+// 90}}}]}. Errors name the place in the file.
 Chain ReadRecipe(const Plugin& plugin, const std::string& path);
 void WriteRecipe(const Chain& chain, const std::string& path);
 

@@ -19,7 +19,9 @@ namespace {
 namespace fs = std::filesystem;
 
 volatile std::sig_atomic_t g_interrupted = 0;
-void OnInterrupt(int) { g_interrupted = 1; }
+void OnInterrupt(int) {
+  g_interrupted = 1;
+}
 
 nlohmann::ordered_json DescribeEffect(const EffectInfo& effect) {
   nlohmann::ordered_json params = nlohmann::ordered_json::array();
@@ -169,17 +171,19 @@ bool CheckResources(const std::string& pluginPath, const std::string& resourceRo
       }
     }
   }
-  const bool wantsMaterial = std::any_of(effects.begin(), effects.end(),
-                                         [](const EffectInfo& effect) { return UsesMaterial(effect.id); });
+  const bool wantsMaterial =
+      std::any_of(effects.begin(), effects.end(), [](const EffectInfo& effect) { return UsesMaterial(effect.id); });
   std::error_code error;
   if (wantsMaterial && !fs::is_directory(material / "Merge", error)) {
-    report(fmt::format("{}: no such directory; effects with a material show the source", (material / "Merge").string()));
+    report(
+        fmt::format("{}: no such directory; effects with a material show the source", (material / "Merge").string()));
   }
   for (const EffectInfo& effect : effects) {
     for (const std::string& name : MaterialsOf(effect.id)) {
       const fs::path file = material / "Merge" / name;
       if (!fs::exists(file, error)) {
-        if (fs::is_directory(material / "Merge", error)) report(fmt::format("{}: missing, wanted by {}", name, effect.name));
+        if (fs::is_directory(material / "Merge", error))
+          report(fmt::format("{}: missing, wanted by {}", name, effect.name));
         continue;
       }
       try {

@@ -31,8 +31,8 @@ struct RenderOptions {
   bool quiet = false;
   std::string progressFile;
 };
-// Renders every frame through the plug-in. A sequence or video gets every frame, a picture the last one. False if it was
-// interrupted; what was rendered until then is written.
+// Renders every frame through the plug-in. A sequence or video gets every frame, a picture the last one. False if it
+// was interrupted; what was rendered until then is written.
 bool RenderFrames(Plugin& plugin, const Chain& chain, const RenderOptions& options);
 
 struct ContactSheetOptions {

@@ -15,7 +15,8 @@ constexpr int kColumns = 8;
 
 std::string FileNameOf(const EffectInfo& effect) {
   std::string name = fmt::format("{:04}_{}", effect.id, effect.name);
-  std::replace_if(name.begin(), name.end(), [](char c) { return c == ' ' || c == '/'; }, '_');
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return c == ' ' || c == '/'; }, '_');
   return name + ".png";
 }
 

@@ -39,9 +39,15 @@ float Fractal(float x, float y, uint32_t layer, int octaves) {
 struct Color {
   float r, g, b;
 };
-Color operator*(Color c, float k) { return {c.r * k, c.g * k, c.b * k}; }
-Color Mix(Color a, Color b, float t) { return {std::lerp(a.r, b.r, t), std::lerp(a.g, b.g, t), std::lerp(a.b, b.b, t)}; }
-float Step(float from, float to, float x) { return std::clamp((x - from) / (to - from), 0.0f, 1.0f); }
+Color operator*(Color c, float k) {
+  return {c.r * k, c.g * k, c.b * k};
+}
+Color Mix(Color a, Color b, float t) {
+  return {std::lerp(a.r, b.r, t), std::lerp(a.g, b.g, t), std::lerp(a.b, b.b, t)};
+}
+float Step(float from, float to, float x) {
+  return std::clamp((x - from) / (to - from), 0.0f, 1.0f);
+}
 
 // Scene coordinates: u to the right from 0 to the frame's ratio, v down from 0 to 1.
 constexpr float kHorizon = 0.56f;
@@ -106,7 +112,8 @@ Color Water(const Scene& s, const Ridges& ridges, float u, float v) {
   const float wave = std::sin((u * 6 + s.time * 1.1f) + 9 / (depth + 0.12f)) +
                      0.6f * std::sin(u * 23 - s.time * 1.9f + 26 / (depth + 0.16f));
   const float mirror = kHorizon - (v - kHorizon) * 0.9f + 0.006f * wave * (0.4f + depth);
-  Color c = Mix(Land(s, ridges, u + 0.004f * wave, std::clamp(mirror, 0.0f, kHorizon)), {18, 58, 82}, 0.35f + 0.4f * depth);
+  Color c =
+      Mix(Land(s, ridges, u + 0.004f * wave, std::clamp(mirror, 0.0f, kHorizon)), {18, 58, 82}, 0.35f + 0.4f * depth);
   const float glitter = std::exp(-std::pow((u - s.sunU) * 9, 2.0f)) * std::max(0.0f, wave - 0.7f);
   return Mix(c, {255, 236, 190}, std::min(0.8f, glitter));
 }
@@ -136,8 +143,8 @@ class Brush {
   void Ellipse(float u, float v, float ru, float rv, Color c, float degrees = 0) {
     constexpr int kShift = 4;
     const auto fixed = [&](float x) { return cvRound(std::clamp(x * scale_, -4.0e4f, 4.0e4f) * (1 << kShift)); };
-    cv::ellipse(image_, {fixed(u), fixed(v)}, {std::max(1, fixed(ru)), std::max(1, fixed(rv))}, degrees, 0, 360,
-                Bgr(c), cv::FILLED, cv::LINE_AA, kShift);
+    cv::ellipse(image_, {fixed(u), fixed(v)}, {std::max(1, fixed(ru)), std::max(1, fixed(rv))}, degrees, 0, 360, Bgr(c),
+                cv::FILLED, cv::LINE_AA, kShift);
   }
   void Rectangle(float u, float v, float width, float height, Color c) {
     Polygon({{u, v}, {u + width, v}, {u + width, v + height}, {u, v + height}}, c);
@@ -207,8 +214,8 @@ void DrawPortrait(Brush& brush, const Scene& s, float u, float v) {
   brush.Ellipse(u, v - 0.03f, 0.118f, 0.138f, {54, 32, 22});
   for (int i = 12; i >= 0; --i) {  // shading by nested ellipses, lit from the left
     const float k = static_cast<float>(i) / 12;
-    brush.Ellipse(u - 0.018f * (1 - k), v - 0.008f * (1 - k), 0.088f * (0.35f + 0.65f * k), 0.118f * (0.35f + 0.65f * k),
-                  Mix({250, 214, 186}, {198, 138, 108}, k));
+    brush.Ellipse(u - 0.018f * (1 - k), v - 0.008f * (1 - k), 0.088f * (0.35f + 0.65f * k),
+                  0.118f * (0.35f + 0.65f * k), Mix({250, 214, 186}, {198, 138, 108}, k));
   }
   brush.Ellipse(u - 0.004f, v - 0.092f, 0.094f, 0.048f, {54, 32, 22}, -8);
   for (const float side : {-1.0f, 1.0f}) {
@@ -224,11 +231,11 @@ void DrawPortrait(Brush& brush, const Scene& s, float u, float v) {
 }
 
 void DrawChart(Brush& brush, float u, float v) {
-  static constexpr Color kPatches[] = {{115, 82, 68},  {194, 150, 130}, {98, 122, 157}, {87, 108, 67},   {133, 128, 177},
-                                       {103, 189, 170}, {214, 126, 44}, {80, 91, 166},  {193, 90, 99},   {94, 60, 108},
-                                       {157, 188, 64}, {224, 163, 46},  {255, 0, 0},    {0, 255, 0},     {0, 0, 255},
-                                       {0, 255, 255},  {255, 0, 255},   {255, 255, 0},  {255, 255, 255}, {204, 204, 204},
-                                       {153, 153, 153}, {102, 102, 102}, {51, 51, 51},  {0, 0, 0}};
+  static constexpr Color kPatches[] = {
+      {115, 82, 68},   {194, 150, 130}, {98, 122, 157},  {87, 108, 67},   {133, 128, 177}, {103, 189, 170},
+      {214, 126, 44},  {80, 91, 166},   {193, 90, 99},   {94, 60, 108},   {157, 188, 64},  {224, 163, 46},
+      {255, 0, 0},     {0, 255, 0},     {0, 0, 255},     {0, 255, 255},   {255, 0, 255},   {255, 255, 0},
+      {255, 255, 255}, {204, 204, 204}, {153, 153, 153}, {102, 102, 102}, {51, 51, 51},    {0, 0, 0}};
   constexpr float kCell = 0.034f;
   brush.Rectangle(u - 0.008f, v - 0.008f, 6 * kCell + 0.016f, 4 * kCell + 0.016f, {20, 20, 20});
   for (int i = 0; i < 24; ++i) {

@@ -14,7 +14,8 @@ std::string_view FamilyOf(int32_t effectId);
 // All families, in the order in which they are shown.
 std::span<const std::string_view> Families();
 
-// True if a frame depends on nothing but its own pixels, number and parameters, so that frames can be rendered in any order.
+// True if a frame depends on nothing but its own pixels, number and parameters, so that frames can be rendered in any
+// order.
 bool IsStatelessEffect(int32_t effectId);
 
 // Names of the picture files that the effect reads, below "Merge" of the material directory.

@@ -29,8 +29,8 @@ class FrameCache {
 };
 
 // A fresh effect over frames 0 to `frames` - 1; `output` gets the last, and `each` (if given) every one.
-void RenderSample(Plugin& plugin, const EffectInfo& effect, const ParamTracks& tracks, FrameCache& source, int64_t frames,
-                  Picture& output, std::vector<Picture>* each = nullptr);
+void RenderSample(Plugin& plugin, const EffectInfo& effect, const ParamTracks& tracks, FrameCache& source,
+                  int64_t frames, Picture& output, std::vector<Picture>* each = nullptr);
 
 // Frames after which an effect shows what it does: a second for those that move, two for those that remember.
 int64_t SampleLength(const EffectInfo& effect);

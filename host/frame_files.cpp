@@ -108,11 +108,13 @@ FrameSize ParseFrameSize(const std::string& text) {
       return size;
     }
   }
-  throw UsageError(fmt::format("\"{}\" is not a size such as 1280x720, from 1x1 to {}x{}", text, kMaxFrameSide,
-                               kMaxFrameSide));
+  throw UsageError(
+      fmt::format("\"{}\" is not a size such as 1280x720, from 1x1 to {}x{}", text, kMaxFrameSide, kMaxFrameSide));
 }
 
-bool IsSequence(const std::string& path) { return ParsePattern(path).has_value(); }
+bool IsSequence(const std::string& path) {
+  return ParsePattern(path).has_value();
+}
 
 std::string SequenceName(const std::string& text, int64_t number) {
   const std::optional<Pattern> pattern = ParsePattern(text);
@@ -174,8 +176,8 @@ void WritePicture(const Picture& picture, const std::string& path) {
 }
 
 Picture PadPicture(const Picture& picture, FrameSize size) {
-  const double scale = std::min(static_cast<double>(size.width) / picture.width,
-                                static_cast<double>(size.height) / picture.height);
+  const double scale =
+      std::min(static_cast<double>(size.width) / picture.width, static_cast<double>(size.height) / picture.height);
   const int32_t width = std::clamp(cvRound(picture.width * scale), 1, size.width);
   const int32_t height = std::clamp(cvRound(picture.height * scale), 1, size.height);
   Picture padded(size.width, size.height);

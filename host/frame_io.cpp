@@ -34,8 +34,8 @@ class IndexedReader : public FrameReader {
     fps_ = options.fps;
     first_ = std::min(length, options.start ? at(*options.start) : 0);
     end_ = std::min(length, options.end ? std::max(first_, at(*options.end)) : std::numeric_limits<int64_t>::max());
-    const int64_t wanted = options.frames.value_or(
-        source_->Count() || options.end ? std::numeric_limits<int64_t>::max() : 1);
+    const int64_t wanted =
+        options.frames.value_or(source_->Count() || options.end ? std::numeric_limits<int64_t>::max() : 1);
     end_ = end_ - first_ > wanted ? first_ + wanted : end_;
   }
   std::optional<int64_t> Count() const override { return end_ - first_; }
@@ -118,7 +118,9 @@ class RawWriter : public FrameWriter {
 
 }  // namespace
 
-bool IsVideoName(const std::string& path) { return !IsPictureName(path) && !IsSequence(path) && IsVideoContainer(path); }
+bool IsVideoName(const std::string& path) {
+  return !IsPictureName(path) && !IsSequence(path) && IsVideoContainer(path);
+}
 
 std::unique_ptr<FrameReader> OpenReader(const InputOptions& options) {
   if (options.path == "-" && options.rawSize) {

@@ -12,8 +12,8 @@
 
 struct Frame {
   Picture picture;
-  int64_t number = 0;   // from 0
-  double seconds = 0;   // from the first frame
+  int64_t number = 0;     // from 0
+  double seconds = 0;     // from the first frame
   int64_t timestamp = 0;  // in the clip's own time base, for a video
 };
 
@@ -34,19 +34,19 @@ class FrameWriter {
 };
 
 struct InputOptions {
-  std::string path;                   // "demo", a picture, a sequence, a video, or "-" for standard input
+  std::string path;  // "demo", a picture, a sequence, a video, or "-" for standard input
   FrameSize demoSize{1280, 720};
-  std::optional<FrameSize> rawSize;   // standard input is raw BGRA of this size
-  std::optional<int64_t> frames;      // at most so many; for demo and pictures, exactly
-  double fps = 25;                    // of what has no rate of its own
-  std::optional<double> start;        // seconds
+  std::optional<FrameSize> rawSize;  // standard input is raw BGRA of this size
+  std::optional<int64_t> frames;     // at most so many; for demo and pictures, exactly
+  double fps = 25;                   // of what has no rate of its own
+  std::optional<double> start;       // seconds
   std::optional<double> end;
 };
 
 struct OutputOptions {
-  std::string path;                   // a picture, a sequence, a video, or "-" for standard output
-  bool rawPipe = false;               // standard output gets raw BGRA instead of Y4M
-  std::string codec;                  // encoder of a video; empty for the usual one of the file's kind
+  std::string path;      // a picture, a sequence, a video, or "-" for standard output
+  bool rawPipe = false;  // standard output gets raw BGRA instead of Y4M
+  std::string codec;     // encoder of a video; empty for the usual one of the file's kind
   std::optional<int> crf;
   bool overwrite = false;
 };

@@ -131,7 +131,9 @@ std::string Lower(std::string text) {
   return text;
 }
 
-void WriteJpeg(const Picture& picture, const fs::path& path) { WritePicture(OverCheckerboard(picture), path.string()); }
+void WriteJpeg(const Picture& picture, const fs::path& path) {
+  WritePicture(OverCheckerboard(picture), path.string());
+}
 
 void WriteLoop(const std::vector<Picture>& frames, const FrameReader& origin, const fs::path& path) {
   OutputOptions options;
@@ -164,17 +166,19 @@ std::string Card(const EffectInfo& effect, const Picture& shape) {
   for (const ParamInfo& param : effect.params) {
     words += " " + Lower(param.name);
     if (param.IsText()) continue;
-    rows += fmt::format("<tr><td>{}</td><td>{:g} to {:g}</td><td>default {:g}</td></tr>\n", Escape(param.name), param.minimum,
-                        param.maximum, param.defaultValue);
+    rows += fmt::format("<tr><td>{}</td><td>{:g} to {:g}</td><td>default {:g}</td></tr>\n", Escape(param.name),
+                        param.minimum, param.maximum, param.defaultValue);
     sample += fmt::format(" -p {}={:g}", param.name, param.defaultValue);
   }
   const std::string alt = fmt::format("The picture through the effect {}", effect.name);
   const std::string after =
       effect.dynamic
-          ? fmt::format("<video class=\"after\" src=\"{0}.mp4\" poster=\"{0}.jpg\" muted loop playsinline preload=\"none\" "
-                        "aria-label=\"{1}\"></video>", file, Escape(alt))
-          : fmt::format("<img class=\"after\" src=\"{}.jpg\" alt=\"{}\" loading=\"lazy\" width=\"{}\" height=\"{}\">", file,
-                        Escape(alt), shape.width, shape.height);
+          ? fmt::format(
+                "<video class=\"after\" src=\"{0}.mp4\" poster=\"{0}.jpg\" muted loop playsinline preload=\"none\" "
+                "aria-label=\"{1}\"></video>",
+                file, Escape(alt))
+          : fmt::format("<img class=\"after\" src=\"{}.jpg\" alt=\"{}\" loading=\"lazy\" width=\"{}\" height=\"{}\">",
+                        file, Escape(alt), shape.width, shape.height);
   return fmt::format(
       "<article data-words=\"{}\">\n<div class=\"pair\"><img src=\"pictures/source.jpg\" alt=\"The picture before\" "
       "width=\"{}\" height=\"{}\">{}</div>\n<input class=\"slider\" type=\"range\" min=\"0\" max=\"100\" value=\"0\" "
@@ -216,8 +220,8 @@ void WriteGallery(Plugin& plugin, const GalleryOptions& options) {
       progress.Advance();
     }
     if (cards.empty()) continue;
-    page += fmt::format("<section aria-label=\"{0}\">\n<h2>{0}</h2>\n<div class=\"grid\">\n{1}</div>\n</section>\n", family,
-                        cards);
+    page += fmt::format("<section aria-label=\"{0}\">\n<h2>{0}</h2>\n<div class=\"grid\">\n{1}</div>\n</section>\n",
+                        family, cards);
   }
   page += kTail;
   std::ofstream file(directory / "index.html", std::ios::binary);

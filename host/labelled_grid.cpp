@@ -8,7 +8,9 @@ namespace {
 constexpr int kCaptionHeight = 26;
 constexpr int kGap = 6;
 
-cv::Mat View(Picture& picture) { return cv::Mat(picture.height, picture.width, CV_8UC4, picture.pixels.data()); }
+cv::Mat View(Picture& picture) {
+  return cv::Mat(picture.height, picture.width, CV_8UC4, picture.pixels.data());
+}
 
 }  // namespace
 
@@ -26,7 +28,8 @@ Picture OverCheckerboard(const Picture& picture) {
 }
 
 LabelledGrid::LabelledGrid(int count, int columns, int cellWidth, int32_t width, int32_t height)
-    : columns_(std::clamp(columns, 1, std::max(count, 1))), cellWidth_(cellWidth),
+    : columns_(std::clamp(columns, 1, std::max(count, 1))),
+      cellWidth_(cellWidth),
       cellHeight_(std::clamp(cellWidth * height / width, 16, 4 * cellWidth)),
       sheet_(kGap + columns_ * (cellWidth + kGap),
              kGap + ((count + columns_ - 1) / columns_) * (cellHeight_ + kCaptionHeight + kGap)) {

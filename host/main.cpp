@@ -78,7 +78,8 @@ struct ChainWords {
     } else if (!effects.empty() && !settings.empty()) {
       throw UsageError("with -e, parameters stand behind the effect: -e \"NAME:PARAM=VALUE\"");
     }
-    if (words.size() != files) throw UsageError(files == 2 ? "an input and an output are wanted" : "an output is wanted");
+    if (words.size() != files)
+      throw UsageError(files == 2 ? "an input and an output are wanted" : "an output is wanted");
     return chain;
   }
 };
@@ -99,12 +100,14 @@ void AddRender(CLI::App& app, Command& command) {
                   "sequences (in_%04d.png), videos or - for a pipe; INPUT may be demo");
   words->chain.AddTo(*sub);
   sub->add_option("--recipe", words->chain.recipe, "File with the effects");
-  auto* frames = sub->add_option("--frames", words->frames, "Number of frames")->check(CLI::Range(int64_t{1}, int64_t{10000000}));
+  auto* frames =
+      sub->add_option("--frames", words->frames, "Number of frames")->check(CLI::Range(int64_t{1}, int64_t{10000000}));
   sub->add_option("--fps", words->options.input.fps, "Frames per second of what has no rate of its own")
       ->check(CLI::Range(0.001, 100000.0));
   sub->add_option("--size", words->size, "Size of the demo, such as 1920x1080");
   sub->add_option("--pad", words->pad, "Fit the input into a transparent frame of this size");
-  auto* start = sub->add_option("--start", words->start, "Seconds to leave out at the beginning")->check(CLI::NonNegativeNumber);
+  auto* start =
+      sub->add_option("--start", words->start, "Seconds to leave out at the beginning")->check(CLI::NonNegativeNumber);
   auto* end = sub->add_option("--end", words->end, "Second at which to end")->check(CLI::NonNegativeNumber);
   sub->add_option("--codec", words->options.output.codec, "Encoder of a video");
   auto* crf = sub->add_option("--crf", words->crf, "Quality of a video: lower is better")->check(CLI::Range(0, 63));

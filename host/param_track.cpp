@@ -28,14 +28,15 @@ const ParamInfo& FindParam(const EffectInfo& effect, const std::string& name) {
   if (found != effect.params.end()) return *found;
   std::string known;
   for (const ParamInfo& param : effect.params) known += (known.empty() ? "" : ", ") + param.name;
-  throw UsageError(fmt::format("{} has no parameter \"{}\"; it has {}", effect.name, name,
-                               known.empty() ? "none" : known));
+  throw UsageError(
+      fmt::format("{} has no parameter \"{}\"; it has {}", effect.name, name, known.empty() ? "none" : known));
 }
 
 double CheckedValue(const ParamInfo& param, std::string_view text, const std::string& setting) {
   const double value = ParseNumber(text, setting);
   if (value < param.minimum || value > param.maximum) {
-    throw UsageError(fmt::format("{} is out of range for \"{}\": {} to {}", text, param.name, param.minimum, param.maximum));
+    throw UsageError(
+        fmt::format("{} is out of range for \"{}\": {} to {}", text, param.name, param.minimum, param.maximum));
   }
   if (!param.TakesFractions() && value != std::floor(value)) {
     throw UsageError(fmt::format("{} is not a whole number, which \"{}\" wants", text, param.name));

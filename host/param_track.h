@@ -10,8 +10,8 @@
 
 class ParamTracks {
  public:
-  // `settings` are texts "NAME=VALUE" or "NAME=FRAME:VALUE,FRAME:VALUE,...", linear between the frames. Throws UsageError for
-  // an unknown parameter and for a value that is no number or out of range. `opacity` is in percent.
+  // `settings` are texts "NAME=VALUE" or "NAME=FRAME:VALUE,FRAME:VALUE,...", linear between the frames. Throws
+  // UsageError for an unknown parameter and for a value that is no number or out of range. `opacity` is in percent.
   ParamTracks(const EffectInfo& effect, const std::vector<std::string>& settings, double opacity);
 
   // `milliseconds` feeds a parameter "Time" that the user did not set.

@@ -10,10 +10,10 @@
 #include "frame_io.h"
 
 struct PipelineOptions {
-  int jobs = 0;                  // threads that render; 0 for one per core. Chains with state use one.
+  int jobs = 0;  // threads that render; 0 for one per core. Chains with state use one.
   std::optional<FrameSize> pad;
   std::function<void(int64_t done)> onFrame;
-  std::function<bool()> stopped; // asked before each frame is read
+  std::function<bool()> stopped;  // asked before each frame is read
 };
 
 // Returns the number of frames written. `totalFrames` is what effects are told as the clip's length.

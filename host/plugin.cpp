@@ -93,8 +93,8 @@ class Registrar : public HostEffectRegistrar {
              int32_t visibility) override {
     Add(name, ParamType::kFloat, minimum, maximum, value, visibility == 1);
   }
-  void Integer(int32_t, int32_t, const char* name, const char*, int32_t minimum, int32_t maximum, int32_t value, int32_t,
-               int32_t visibility) override {
+  void Integer(int32_t, int32_t, const char* name, const char*, int32_t minimum, int32_t maximum, int32_t value,
+               int32_t, int32_t visibility) override {
     Add(name, ParamType::kInteger, minimum, maximum, value, visibility == 1);
   }
   void Color(int32_t, int32_t, const char* name, const char*, int32_t value, int32_t minimum, int32_t maximum,
@@ -201,9 +201,9 @@ class RenderContext : public HostRenderContext {
 }  // namespace
 
 const char* ParamTypeName(ParamType type) {
-  static constexpr const char* kNames[] = {"float",          "integer",   "colour",      "check box",
-                                           "text",           "double",    "nine positions", "mask list",
-                                           "mosaic list",    "first colour", "last colour", "float x100"};
+  static constexpr const char* kNames[] = {"float",       "integer",      "colour",         "check box",
+                                           "text",        "double",       "nine positions", "mask list",
+                                           "mosaic list", "first colour", "last colour",    "float x100"};
   return kNames[static_cast<size_t>(type)];
 }
 
@@ -282,7 +282,9 @@ Plugin::Plugin(const std::string& path, const std::string& resourceRoot, bool ve
 
 Plugin::~Plugin() = default;
 
-const std::vector<EffectInfo>& Plugin::Effects() const { return impl_->effects; }
+const std::vector<EffectInfo>& Plugin::Effects() const {
+  return impl_->effects;
+}
 
 const EffectInfo& Plugin::Find(const std::string& text) const {
   const std::string wanted = Lower(text);

@@ -22,8 +22,20 @@ struct UsageError : KvxError {
 };
 
 // How a parameter was declared to the host.
-enum class ParamType { kFloat, kInteger, kColor, kCheckBox, kText, kDouble, kNinePositions, kMaskList, kMosaicList,
-                       kFirstColor, kLastColor, kSpecialFloat };
+enum class ParamType {
+  kFloat,
+  kInteger,
+  kColor,
+  kCheckBox,
+  kText,
+  kDouble,
+  kNinePositions,
+  kMaskList,
+  kMosaicList,
+  kFirstColor,
+  kLastColor,
+  kSpecialFloat
+};
 const char* ParamTypeName(ParamType type);
 
 struct ParamInfo {
@@ -65,8 +77,8 @@ class Plugin {
   // In the order of the catalogue.
   const std::vector<EffectInfo>& Effects() const;
 
-  // By id, GUID or name (case does not matter). Throws UsageError with the nearest names, or with the candidates if a name
-  // stands twice.
+  // By id, GUID or name (case does not matter). Throws UsageError with the nearest names, or with the candidates if a
+  // name stands twice.
   const EffectInfo& Find(const std::string& text) const;
 
   std::unique_ptr<Effect> Create(const EffectInfo& info);

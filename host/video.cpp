@@ -59,8 +59,8 @@ using Codec = std::unique_ptr<AVCodecContext, CodecDeleter>;
 using Input = std::unique_ptr<AVFormatContext, InputDeleter>;
 using Scaler = std::unique_ptr<SwsContext, ScalerDeleter>;
 
-// Colour samples are doubled on the way in and averaged on the way out: what passes an effect unchanged then comes out as it
-// came in.
+// Colour samples are doubled on the way in and averaged on the way out: what passes an effect unchanged then comes out
+// as it came in.
 constexpr int kDecodeFlags = SWS_POINT | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP;
 constexpr int kEncodeFlags = SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP;
 
@@ -164,7 +164,8 @@ class VideoReader : public FrameReader {
     if (options_.frames && next_ >= *options_.frames) return false;
     for (;;) {
       if (!Decode()) return false;
-      const int64_t stamp = decoded_->best_effort_timestamp != AV_NOPTS_VALUE ? decoded_->best_effort_timestamp : fallback_;
+      const int64_t stamp =
+          decoded_->best_effort_timestamp != AV_NOPTS_VALUE ? decoded_->best_effort_timestamp : fallback_;
       fallback_ = stamp + std::max<int64_t>(1, av_rescale_q(1, av_inv_q(origin_.rate), stream_->time_base));
       const int64_t base = stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
       const double seconds = static_cast<double>(stamp - base) * av_q2d(stream_->time_base);
@@ -343,7 +344,8 @@ class VideoWriter : public FrameWriter {
         throw UsageError(fmt::format("no video encoder \"{}\"", options_.codec));
       }
     } else {
-      const AVCodecID id = av_guess_codec(container_->oformat, nullptr, options_.path.c_str(), nullptr, AVMEDIA_TYPE_VIDEO);
+      const AVCodecID id =
+          av_guess_codec(container_->oformat, nullptr, options_.path.c_str(), nullptr, AVMEDIA_TYPE_VIDEO);
       encoder = avcodec_find_encoder(id);
       if (!encoder) throw KvxError(fmt::format("{}: no encoder for this kind of file", options_.path));
     }
@@ -480,7 +482,8 @@ class Y4mWriter : public FrameWriter {
   void Write(const Frame& frame) override {
     const Picture& picture = frame.picture;
     if (!scaler_) Start(picture.width, picture.height);
-    if (picture.width != yuv_->width || picture.height != yuv_->height) throw KvxError("frames of a stream must have one size");
+    if (picture.width != yuv_->width || picture.height != yuv_->height)
+      throw KvxError("frames of a stream must have one size");
     const uint8_t* planes[] = {picture.pixels.data()};
     const int steps[] = {picture.Step()};
     sws_scale(scaler_.get(), planes, steps, 0, picture.height, yuv_->data, yuv_->linesize);
@@ -503,16 +506,16 @@ class Y4mWriter : public FrameWriter {
     const Origin* origin = reader_ ? &reader_->GetOrigin() : nullptr;
     const AVRational rate = origin ? origin->rate : av_d2q(fps_, 100000);
     const bool full = origin && origin->color.range == AVCOL_RANGE_JPEG;
-    const std::string header = fmt::format("YUV4MPEG2 W{} H{} F{}:{} Ip A1:1 C444 XCOLORRANGE={}\n", width, height, rate.num,
-                                           rate.den, full ? "FULL" : "LIMITED");
+    const std::string header = fmt::format("YUV4MPEG2 W{} H{} F{}:{} Ip A1:1 C444 XCOLORRANGE={}\n", width, height,
+                                           rate.num, rate.den, full ? "FULL" : "LIMITED");
     Put(header.data(), header.size());
     yuv_.reset(av_frame_alloc());
     yuv_->format = AV_PIX_FMT_YUV444P;
     yuv_->width = width;
     yuv_->height = height;
     Check(av_frame_get_buffer(yuv_.get(), 0), "standard output");
-    scaler_.reset(sws_getContext(width, height, AV_PIX_FMT_BGRA, width, height, AV_PIX_FMT_YUV444P, kEncodeFlags, nullptr,
-                                 nullptr, nullptr));
+    scaler_.reset(sws_getContext(width, height, AV_PIX_FMT_BGRA, width, height, AV_PIX_FMT_YUV444P, kEncodeFlags,
+                                 nullptr, nullptr, nullptr));
     if (!scaler_) throw KvxError("standard output: its pixels cannot be converted");
     const AVColorSpace tagged = origin ? origin->color.space : AVCOL_SPC_UNSPECIFIED;
     const int* matrix = Coefficients(MatrixOf(tagged, height));

@@ -7,12 +7,12 @@
 
 #include "frame_io.h"
 
-// Decodes the best video stream of any file that the libraries read, or of standard input. Frames come upright (rotation done)
-// and in full-range BGRA by the stream's own matrix and range.
+// Decodes the best video stream of any file that the libraries read, or of standard input. Frames come upright
+// (rotation done) and in full-range BGRA by the stream's own matrix and range.
 std::unique_ptr<FrameReader> OpenVideo(const InputOptions& options);
 
-// Encodes by the ending of the name. From a video's reader it takes time stamps, colour tags, audio, subtitles and metadata.
-// The file gets its name when it is whole.
+// Encodes by the ending of the name. From a video's reader it takes time stamps, colour tags, audio, subtitles and
+// metadata. The file gets its name when it is whole.
 std::unique_ptr<FrameWriter> CreateVideo(const OutputOptions& options, const FrameReader& reader, double fps);
 
 // Y4M on standard output.

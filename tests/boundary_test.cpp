@@ -90,11 +90,20 @@ TEST_F(Boundary, DeclaresEveryKindToItsSlot) {
            "\",\"MIN\":1,\"MAX\":9,\"DEFAULT\":5}";
   };
   std::string params;
-  for (const auto& [name, type, ui] :
-       {std::tuple{"a", "float", ""}, {"b", "float", "Mult100"}, {"c", "float", "NoShow"}, {"d", "int", ""},
-        {"e", "int", "Color"}, {"f", "int", "CheckBox"}, {"g", "int", "9Palaces"}, {"h", "int", "NoShow"},
-        {"i", "int", "GradientColor"}, {"j", "int", "ListMosaic"}, {"k", "point", "ColorStart"},
-        {"l", "int", "ColorEnd"}, {"m", "string", "ListMask"}, {"n", "string", "FilePath"}}) {
+  for (const auto& [name, type, ui] : {std::tuple{"a", "float", ""},
+                                       {"b", "float", "Mult100"},
+                                       {"c", "float", "NoShow"},
+                                       {"d", "int", ""},
+                                       {"e", "int", "Color"},
+                                       {"f", "int", "CheckBox"},
+                                       {"g", "int", "9Palaces"},
+                                       {"h", "int", "NoShow"},
+                                       {"i", "int", "GradientColor"},
+                                       {"j", "int", "ListMosaic"},
+                                       {"k", "point", "ColorStart"},
+                                       {"l", "int", "ColorEnd"},
+                                       {"m", "string", "ListMask"},
+                                       {"n", "string", "FilePath"}}) {
     params += (params.empty() ? "" : ",") + param(name, type, ui);
   }
   StartWith("[" + Entry(71, "\"PARAMS\": [" + params + "]") + "]");
@@ -154,8 +163,11 @@ TEST_F(Boundary, CreateAndReleaseStatusesAndLogs) {
 }
 
 TEST_F(Boundary, FramesTakeValuesByNameAtTheCurrentFrame) {
-  StartWith("[" + Entry(25, "\"PARAMS\":[{\"NAME\":\"Bringhtness\",\"TYPE\":\"float\",\"MIN\":0,\"MAX\":100,"
-                            "\"DEFAULT\":50},{\"NAME\":\"path\",\"TYPE\":\"string\"}]") + "]");
+  StartWith("[" +
+            Entry(25,
+                  "\"PARAMS\":[{\"NAME\":\"Bringhtness\",\"TYPE\":\"float\",\"MIN\":0,\"MAX\":100,"
+                  "\"DEFAULT\":50},{\"NAME\":\"path\",\"TYPE\":\"string\"}]") +
+            "]");
   KVXEffect* effect = nullptr;
   ASSERT_EQ(plugin_.create(GuidOf(25).c_str(), 0, &effect), 0);
   FrameBuffer src(8, 2), dst(8, 2);
@@ -170,8 +182,8 @@ TEST_F(Boundary, FramesTakeValuesByNameAtTheCurrentFrame) {
   EXPECT_EQ(dst.Packed(), src.Packed());
   context.numbers["Bringhtness"] = 100;
   EXPECT_EQ(effect->Prepare(&context), 0);
-  EXPECT_EQ(context.asked, (std::vector<std::string>{"Bringhtness 5 21474836487", "path 8 21474836487",
-                                                     "alpha 3 21474836487"}));
+  EXPECT_EQ(context.asked,
+            (std::vector<std::string>{"Bringhtness 5 21474836487", "path 8 21474836487", "alpha 3 21474836487"}));
   EXPECT_EQ(effect->Render(&context), 0);
   EXPECT_EQ(dst.Word(3, 1), 0xFFFFFFFFu);
   context.numbers.clear();

@@ -16,8 +16,12 @@ using nlohmann::json;
 
 const char* const kConf = "kvx_effect/material/PureCFilter.conf";
 
-std::string Entry(int32_t id) { return "{\"GUID\": \"" + GuidOf(id) + "\", \"DATAPATH\": \"/\"}"; }
-std::string Config(int32_t id) { return "{\"GUID\": \"" + GuidOf(id) + "\"}"; }
+std::string Entry(int32_t id) {
+  return "{\"GUID\": \"" + GuidOf(id) + "\", \"DATAPATH\": \"/\"}";
+}
+std::string Config(int32_t id) {
+  return "{\"GUID\": \"" + GuidOf(id) + "\"}";
+}
 
 struct Loaded {
   uint32_t count;
@@ -34,7 +38,9 @@ Loaded Load(const std::string& root) {
     loaded.guids.push_back(registrar.calls.at(0).substr(8, 36));
   }
 }
-Loaded Load(const TemporaryDirectory& root) { return Load(root.Path().string()); }
+Loaded Load(const TemporaryDirectory& root) {
+  return Load(root.Path().string());
+}
 
 TEST(CatalogueFile, LogsWhatHappenedAndFallsBackToTheWalk) {
   const TemporaryDirectory root;
@@ -58,8 +64,10 @@ TEST(CatalogueFile, LogsWhatHappenedAndFallsBackToTheWalk) {
 
 TEST(CatalogueFile, SkipsWhatIsNoFilter) {
   const TemporaryDirectory root;
-  root.Write(kConf, "[1, null, \"x\", [], {}, {\"GUID\": \"" + GuidOf(25) + "\"}, {\"DATAPATH\": \"/\"}, {\"DATAPATH\": "
-                    "\"/\", \"GUID\": \"\"}, {\"DATAPATH\": \"/\", \"GUID\": \"unknown\"}, " + Entry(71) + "]");
+  root.Write(kConf, "[1, null, \"x\", [], {}, {\"GUID\": \"" + GuidOf(25) +
+                        "\"}, {\"DATAPATH\": \"/\"}, {\"DATAPATH\": "
+                        "\"/\", \"GUID\": \"\"}, {\"DATAPATH\": \"/\", \"GUID\": \"unknown\"}, " +
+                        Entry(71) + "]");
   EXPECT_EQ(Load(root).guids, std::vector<std::string>{GuidOf(71)});
   root.Write(kConf, "{\"a\": " + Entry(25) + ", \"b\": " + Entry(71) + ", \"c\": 5}");
   EXPECT_EQ(Load(root).count, 2u) << "the values of an object count as elements";
@@ -146,14 +154,14 @@ TEST(DirectoryWalk, LastConfigurationWinsAndXmlNamesAnother) {
   root.Write(top + "b/marker.conf", Config(25));
   root.Write(top + "b/real.json", Config(71));
   root.Write(top + "b/filter.xml", xml("real.json"));
-  root.Write(top + "c/filter.xml", xml("real.json"));                     // no .conf
+  root.Write(top + "c/filter.xml", xml("real.json"));  // no .conf
   root.Write(top + "c/real.json", Config(54));
   root.Write(top + "d/m.conf", Config(54));
-  root.Write(top + "d/filter.xml", "<Filter><GPUFilter/></Filter>");     // no such path
+  root.Write(top + "d/filter.xml", "<Filter><GPUFilter/></Filter>");  // no such path
   root.Write(top + "e/m.conf", Config(54));
   root.Write(top + "e/filter.xml", "<Filter><broken");
   root.Write(top + "f/m.conf", Config(54));
-  root.Write(top + "f/filter.xml", xml(std::string(128, 'n')));          // longer than fits
+  root.Write(top + "f/filter.xml", xml(std::string(128, 'n')));  // longer than fits
   root.Write(top + "g/m.conf", "not json");
   EXPECT_EQ(Load(root).guids, (std::vector<std::string>{GuidOf(28), GuidOf(71)}));
 }

@@ -27,7 +27,8 @@ Result Kvx(const std::string& words, bool wantErrors = false) {
   FILE* pipe = popen(command.c_str(), "r");
   Result result{-1, {}};
   std::array<char, 4096> block;
-  while (const size_t count = std::fread(block.data(), 1, block.size(), pipe)) result.output.append(block.data(), count);
+  while (const size_t count = std::fread(block.data(), 1, block.size(), pipe))
+    result.output.append(block.data(), count);
   const int status = pclose(pipe);
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   return result;
@@ -159,7 +160,8 @@ TEST(KvxCommand, PipesCarryFrames) {
   for (const char* name : {"_0.png", "_1.png", "_2.png"}) {
     EXPECT_EQ(ReadPicture(at + "x" + name).pixels, ReadPicture(at + "y" + name).pixels) << name;
   }
-  ASSERT_EQ(shell(kvx + "render Invert --frames 3 --size 16x8 demo - | " + kvx + "render Invert - " + at + "z_%d.png"), 0);
+  ASSERT_EQ(shell(kvx + "render Invert --frames 3 --size 16x8 demo - | " + kvx + "render Invert - " + at + "z_%d.png"),
+            0);
   EXPECT_TRUE(std::filesystem::exists(at + "z_2.png"));
   EXPECT_EQ(shell("head -c 100 /dev/zero | " + kvx + "render Invert --raw 16x8 - " + at + "w_%d.png"), 1);
 }
@@ -199,7 +201,9 @@ TEST(KvxCommand, JobsDoNotChangeTheFrames) {
   const TemporaryDirectory dir;
   const std::string at = dir.Path().string() + "/";
   for (const char* jobs : {"1", "3"}) {
-    ASSERT_EQ(Kvx(std::string("render Warm --size 48x27 --frames 9 -j ") + jobs + " demo " + at + jobs + "_%d.png").status, 0);
+    ASSERT_EQ(
+        Kvx(std::string("render Warm --size 48x27 --frames 9 -j ") + jobs + " demo " + at + jobs + "_%d.png").status,
+        0);
   }
   for (int i = 0; i < 9; ++i) {
     const std::string tail = "_" + std::to_string(i) + ".png";

@@ -1,5 +1,5 @@
-// Every vector form of every pixel kernel against its scalar definition: all tails, unaligned starts, all targets of this
-// machine.
+// Every vector form of every pixel kernel against its scalar definition: all tails, unaligned starts, all targets of
+// this machine.
 #include "pixel_kernels.h"
 
 #include <gtest/gtest.h>

@@ -14,7 +14,8 @@ namespace {
 
 TEST(MemoryProbe, SeesEveryPage) {
   const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-  auto* base = static_cast<uint8_t*>(mmap(nullptr, 5 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  auto* base =
+      static_cast<uint8_t*>(mmap(nullptr, 5 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
   ASSERT_NE(base, MAP_FAILED);
   EXPECT_FALSE(IsBadReadPtr(base + 1, 5 * page - 1));
   EXPECT_FALSE(IsBadWritePtr(base, 5 * page));

@@ -126,9 +126,9 @@ struct Probe : CBaseFilterProc {
   Probe(int32_t w, int32_t h) : CBaseFilterProc(w, h) { ++made; }
   ~Probe() override { ++deleted; }
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override {
-    static constexpr ParamRow kRows[] = {
-        {u"ranged", 0, -3.9, 9.9}, {u"switch", 1, 0, 1}, {u"real", 2, -0.5, 0.5}, {u"duration", 3, 0, 36000000},
-        {u"wide", 4, 0, 5e9}, {u"\u00e9\u20ac\xD800", 0, 0, 1}};
+    static constexpr ParamRow kRows[] = {{u"ranged", 0, -3.9, 9.9}, {u"switch", 1, 0, 1},
+                                         {u"real", 2, -0.5, 0.5},   {u"duration", 3, 0, 36000000},
+                                         {u"wide", 4, 0, 5e9},      {u"\u00e9\u20ac\xD800", 0, 0, 1}};
     DescribeParam(desc, index, kRows, {7.9, 1.0, 0.25, 5.0, 4294967298.0, 1.0});
   }
   void Process(uint8_t*, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) override {
@@ -217,7 +217,8 @@ TEST(RenderPath, ValuesArriveInCatalogueOrderWithoutAlpha) {
   Add(*info, MakeParam("int", ParamKind::kInt32, NLEParamValue::Of(int32_t{-8})));
   Add(*info, MakeParam("double", ParamKind::kDouble, NLEParamValue::Of(0.1)));
   Add(*info, MakeParam("flag", ParamKind::kBool, NLEParamValue::Of(uint8_t{1})));
-  Add(*info, MakeParam("a name that is much longer than 37 characters", ParamKind::kInt32, NLEParamValue::Of(int32_t{9})));
+  Add(*info,
+      MakeParam("a name that is much longer than 37 characters", ParamKind::kInt32, NLEParamValue::Of(int32_t{9})));
   NLEPureCFilter filter(info);
   EffectPluginInfo record = ProbeRecord(25);
   record.paramCount = 0;
@@ -238,8 +239,14 @@ TEST(RenderPath, ValuesArriveInCatalogueOrderWithoutAlpha) {
 TEST(RenderPath, OpacityIsAPercentAndFillsSkipTheBlendAtFull) {
   FrameBuffer src(5, 2), dst(5, 2);
   src.FillTestPicture();
-  for (const auto& [id, percent, expected] : {std::tuple{25, 100, 255}, {25, 50, 127}, {25, 0, 0}, {25, 900, 255},
-                                              {25, -5, 0}, {1374, 100, -1}, {1374, 99, 252}, {1390, 100, -1}}) {
+  for (const auto& [id, percent, expected] : {std::tuple{25, 100, 255},
+                                              {25, 50, 127},
+                                              {25, 0, 0},
+                                              {25, 900, 255},
+                                              {25, -5, 0},
+                                              {1374, 100, -1},
+                                              {1374, 99, 252},
+                                              {1390, 100, -1}}) {
     auto info = std::make_shared<NLEFilterInfo>();
     NLEPureCFilter filter(info);
     const EffectPluginInfo record = ProbeRecord(id);

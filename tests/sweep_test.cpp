@@ -13,8 +13,8 @@ struct Size {
   int32_t width, height;
 };
 
-constexpr Size kSizes[] = {{1, 1},  {2, 1},  {1, 2},  {3, 2},   {2, 5},   {1, 19},  {23, 1},
-                           {7, 7},  {16, 9}, {9, 16}, {33, 12}, {64, 48}, {101, 37}};
+constexpr Size kSizes[] = {{1, 1}, {2, 1},  {1, 2},  {3, 2},   {2, 5},   {1, 19},  {23, 1},
+                           {7, 7}, {16, 9}, {9, 16}, {33, 12}, {64, 48}, {101, 37}};
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
@@ -54,8 +54,9 @@ TEST_P(Sweep, StaysWithinItsBuffers) {
   const int32_t id = GetParam();
   constexpr struct {
     int32_t frame, total;
-  } kTimes[] = {{0, 30}, {1, 30}, {29, 30}, {15, 30}, {40, 30}, {-5, 30}, {0, 0}, {0, 1}, {INT32_MAX, INT32_MAX},
-                {INT32_MIN, -1}, {7, 10}};
+  } kTimes[] = {
+      {0, 30},         {1, 30}, {29, 30}, {15, 30}, {40, 30}, {-5, 30}, {0, 0}, {0, 1}, {INT32_MAX, INT32_MAX},
+      {INT32_MIN, -1}, {7, 10}};
   for (const Size size : kSizes) {
     for (const int32_t padding : {0, 20}) {
       const auto processor = MakeEffect(id, size.width, size.height);

@@ -8,8 +8,9 @@ namespace {
 // Bytes 0, 1, 2 of the result for a frame that holds every byte value once.
 std::vector<int> MapOf(int32_t id, double value) {
   FrameBuffer src(256, 1);
-  for (int i = 0; i < 256; ++i) src.SetPixel(i, 0, static_cast<uint8_t>(i), static_cast<uint8_t>(i),
-                                             static_cast<uint8_t>(i), static_cast<uint8_t>(255 - i));
+  for (int i = 0; i < 256; ++i)
+    src.SetPixel(i, 0, static_cast<uint8_t>(i), static_cast<uint8_t>(i), static_cast<uint8_t>(i),
+                 static_cast<uint8_t>(255 - i));
   const FrameBuffer dst = RunEffect(id, src, {value});
   std::vector<int> map;
   for (int i = 0; i < 256; ++i) {

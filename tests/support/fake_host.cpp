@@ -55,16 +55,22 @@ std::string Line(int slot, const Args&... args) {
   ((out << ' ' << args), ...);
   return out.str();
 }
-const char* Shown(const char* text) { return text ? text : "null"; }
+const char* Shown(const char* text) {
+  return text ? text : "null";
+}
 }  // namespace
 
-void FakeRegistrar::Identity(const char* guid, const char* name) { calls.push_back(Line(0, guid, name)); }
+void FakeRegistrar::Identity(const char* guid, const char* name) {
+  calls.push_back(Line(0, guid, name));
+}
 void FakeRegistrar::Flags(uint32_t flags) {
   std::ostringstream out;
   out << "slot 1: 0x" << std::hex << flags;
   calls.push_back(out.str());
 }
-void FakeRegistrar::Reserved2(int32_t value) { calls.push_back(Line(2, value)); }
+void FakeRegistrar::Reserved2(int32_t value) {
+  calls.push_back(Line(2, value));
+}
 void FakeRegistrar::Float(int32_t g, int32_t i, const char* n, const char* l, float a, float b, float c, int32_t v) {
   calls.push_back(Line(5, g, i, n, l, a, b, c, v));
 }

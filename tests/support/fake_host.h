@@ -57,7 +57,8 @@ class FakeRegistrar : public HostEffectRegistrar {
   void Integer(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c, int32_t r,
                int32_t v) override;
   void Color(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c, int32_t v) override;
-  void CheckBox(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c, int32_t v) override;
+  void CheckBox(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
+                int32_t v) override;
   void Text(int32_t g, int32_t i, const char* n, const char* l, const char* r, int32_t v) override;
   void Double(int32_t g, int32_t i, const char* n, const char* l, double a, double b, double c, int32_t v) override;
   void NinePositions(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,

@@ -33,7 +33,9 @@ void FrameBuffer::ForbidGuards([[maybe_unused]] bool forbid) const {
 #endif
 }
 
-void FrameBuffer::Fill(uint8_t value) { std::memset(Data(), value, Size()); }
+void FrameBuffer::Fill(uint8_t value) {
+  std::memset(Data(), value, Size());
+}
 
 void FrameBuffer::SetPixel(int32_t x, int32_t y, uint8_t b, uint8_t g, uint8_t r, uint8_t a) {
   const uint8_t pixel[4] = {b, g, r, a};

@@ -10,8 +10,8 @@
 #include "frame.h"
 #include "kvx/exports.h"
 
-// Pixels with a step of their own, between guard zones that must stay as they are. Under the address sanitizer the zones
-// cannot be touched at all.
+// Pixels with a step of their own, between guard zones that must stay as they are. Under the address sanitizer the
+// zones cannot be touched at all.
 class FrameBuffer {
  public:
   FrameBuffer(int32_t width, int32_t height, int32_t padding = 0);

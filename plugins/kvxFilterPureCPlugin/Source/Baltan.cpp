@@ -14,7 +14,9 @@ constexpr uint32_t kPlanes = 4;
 constexpr std::array<uint32_t, kPositions> kPlaneOfPosition = {0, 1, 2, kPlanes, 3, kPlanes, kPlanes, kPlanes};
 constexpr uint32_t kQuarterMask = 0x003F3F3F;
 
-uint32_t Quarter(uint32_t pixel) { return pixel >> 2 & kQuarterMask; }
+uint32_t Quarter(uint32_t pixel) {
+  return pixel >> 2 & kQuarterMask;
+}
 
 // A frame that enters the sum: its own quarter and the three other planes; a quarter of the result goes back.
 void AddFrame(ConstFrameView src, FrameView dst, uint32_t* own, const uint32_t* p1, const uint32_t* p2,

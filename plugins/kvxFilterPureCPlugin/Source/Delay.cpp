@@ -7,19 +7,23 @@
 #include <stdexcept>
 #include <utility>
 
-#include "zeroed_array.h"
 #include "frame.h"
+#include "zeroed_array.h"
 
 namespace {
 
 constexpr ParamRow kParams[] = {{u"Delay", 2, 0, 36000000}, {u"Time", 3, 0, 36000000}};
 constexpr size_t kMaxFrames = 0x7FFFFFFFFFFFFFE;
 
-bool SameTime(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+bool SameTime(double a, double b) {
+  return a == b || (std::isnan(a) && std::isnan(b));
+}
 
 }  // namespace
 
-void CDelay::GetParamDesc(FilterParamDesc* desc, int32_t index) { DescribeParam(desc, index, kParams, {delay_, 0}); }
+void CDelay::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  DescribeParam(desc, index, kParams, {delay_, 0});
+}
 
 // Of frames of one time only the first can ever be the oldest, so that the others need not be kept: a clip that stands
 // still, or a catalogue that feeds no time, costs one frame.

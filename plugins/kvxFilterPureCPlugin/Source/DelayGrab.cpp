@@ -62,13 +62,17 @@ void CopyBlocks(const Frames& frames, const uint8_t* table, int32_t across, int3
 
 }  // namespace
 
-CDelayGrab::CDelayGrab(int32_t width, int32_t height) : CBaseFilterProc(width, height) { AllocateRing(); }
+CDelayGrab::CDelayGrab(int32_t width, int32_t height) : CBaseFilterProc(width, height) {
+  AllocateRing();
+}
 
 void CDelayGrab::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kParams, {static_cast<double>(mode_), static_cast<double>(blockSize_)});
 }
 
-void CDelayGrab::AllocateRing() { ring_.Allocate(PixelCount(width, height) * 4 * kFrames); }
+void CDelayGrab::AllocateRing() {
+  ring_.Allocate(PixelCount(width, height) * 4 * kFrames);
+}
 
 void CDelayGrab::RebuildTable() {
   blocksAcross_ = width / blockSize_;

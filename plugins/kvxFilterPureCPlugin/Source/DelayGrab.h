@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeroed_array.h"
 #include "kvx/processor.h"
+#include "zeroed_array.h"
 
 class CDelayGrab : public CBaseFilterProc {
  public:

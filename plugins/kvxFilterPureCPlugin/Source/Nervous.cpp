@@ -11,7 +11,9 @@ constexpr ParamRow kParams[] = {{u"Mode", 1, 0, 1}};
 constexpr int32_t kFrames = 32;
 }  // namespace
 
-CNervous::CNervous(int32_t width, int32_t height) : CBaseFilterProc(width, height) { Reset(); }
+CNervous::CNervous(int32_t width, int32_t height) : CBaseFilterProc(width, height) {
+  Reset();
+}
 
 void CNervous::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kParams, {static_cast<double>(mode_)});
@@ -23,7 +25,9 @@ void CNervous::Reset() {
   writeIndex_ = count_ = timer_ = stride_ = readIndex_ = 0;
 }
 
-uint32_t CNervous::NextRandom() { return seed_ = seed_ * 1103515245u + 12345u; }
+uint32_t CNervous::NextRandom() {
+  return seed_ = seed_ * 1103515245u + 12345u;
+}
 
 // With the mode on, runs of 2 to 7 frames at one of the strides -2, -1, 1, 2, 3; off, a jump on every frame.
 void CNervous::ChooseFrame() {

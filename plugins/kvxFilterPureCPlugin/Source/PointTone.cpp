@@ -27,8 +27,8 @@ void Gray(ConstFrameView src, FrameView dst, const GrayWeights& weights) {
   for (int32_t y = 0; y < dst.height; ++y) GrayRow(src.Row(y), dst.Row(y), dst.width, weights);
 }
 
-// Keeps one row in four and clears the others. The four rows behind a kept row are cleared unless it is the last row but
-// three, so that what lies below the last cleared row stays as the destination held it.
+// Keeps one row in four and clears the others. The four rows behind a kept row are cleared unless it is the last row
+// but three, so that what lies below the last cleared row stays as the destination held it.
 void KeepEveryFourthRow(ConstFrameView src, FrameView dst) {
   if (dst.Empty()) return;
   const int32_t end = dst.height - dst.height % 4;

@@ -19,7 +19,9 @@ constexpr int32_t kDropOffset = 20;
 std::atomic<int32_t> g_countdown{kFramesPerDrop};
 
 // The frame's size against 640.
-float ScaleOf(int32_t width) { return std::max(1.0f, static_cast<float>(width) / 640.0f); }
+float ScaleOf(int32_t width) {
+  return std::max(1.0f, static_cast<float>(width) / 640.0f);
+}
 
 // The picture through the waves' slopes. Where a slope leads out of the frame the destination stays.
 void Refract(const int32_t* heights, ConstFrameView picture, FrameView dst, int32_t scale) {
@@ -67,7 +69,9 @@ bool CRainDrop::Allocate() {
   return false;
 }
 
-uint32_t CRainDrop::NextRandom() { return seed_ = seed_ * 1103515245u + 12345u; }
+uint32_t CRainDrop::NextRandom() {
+  return seed_ = seed_ * 1103515245u + 12345u;
+}
 
 // Lifts a disc of water. A centre left of the frame or above it is drawn anew, well inside.
 void CRainDrop::LetFall(int32_t x, int32_t y, int32_t radius) {

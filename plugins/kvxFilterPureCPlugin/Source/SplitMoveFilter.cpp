@@ -16,7 +16,9 @@ constexpr Strips kThreeColumns = {3, false, true};
 constexpr Strips kTwoColumns = {2, false, true};
 constexpr Strips kThreeRows = {3, true, false};
 
-int32_t Even(int32_t size) { return size - size % 2; }
+int32_t Even(int32_t size) {
+  return size - size % 2;
+}
 
 // A strip of the whole side at progress 1.
 int32_t StripSize(float progress, int32_t side, int32_t count) {

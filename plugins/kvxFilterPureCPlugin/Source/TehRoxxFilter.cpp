@@ -1,9 +1,9 @@
 #include "TehRoxxFilter.h"
 
 #include "TileRows.h"
-#include "zeroed_array.h"
 #include "frame.h"
 #include "numeric.h"
+#include "zeroed_array.h"
 
 namespace {
 

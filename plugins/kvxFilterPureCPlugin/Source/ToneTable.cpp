@@ -17,11 +17,17 @@ constexpr ParamRow kGammaParams[] = {{u"Gamma", 0, 1, 100}};
 constexpr ParamRow kThresHoldParams[] = {{u"ThresHold", 0, 0, 255}};
 
 // Brightness and contrast map 0..100 to a level of -256..256, and report the level mapped back.
-int32_t LevelOf(double percent) { return Trunc32((percent / 100 - 0.5) * 512); }
-double PercentOf(int32_t level) { return (static_cast<double>(level) + 256) / 512 * 100; }
+int32_t LevelOf(double percent) {
+  return Trunc32((percent / 100 - 0.5) * 512);
+}
+double PercentOf(int32_t level) {
+  return (static_cast<double>(level) + 256) / 512 * 100;
+}
 
 // (a * b) >> 8 for any level: products of far-off levels wrap.
-int32_t Scale(int32_t a, int32_t b) { return WrapMul(a, b) >> 8; }
+int32_t Scale(int32_t a, int32_t b) {
+  return WrapMul(a, b) >> 8;
+}
 
 ToneTable BrightnessTable(int32_t level) {
   ToneTable table;

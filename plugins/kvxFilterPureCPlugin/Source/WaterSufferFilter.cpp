@@ -8,7 +8,6 @@
 
 namespace {
 
-
 // A coordinate of the course along an axis: the product of two sines of different speed, within 4 pixels of the rims.
 int32_t CourseAt(int32_t phase, int32_t fast, int32_t slow, int32_t size) {
   const auto& sine = WaterTables::Get().sineTable;

@@ -7,9 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "zeroed_array.h"
 #include "frame.h"
 #include "numeric.h"
+#include "zeroed_array.h"
 
 // The whole part of the square root.
 uint32_t ISqrt(uint32_t v);

@@ -1,14 +1,16 @@
 #include "XFadeFilter.h"
 
-#include "zeroed_array.h"
 #include "frame.h"
+#include "zeroed_array.h"
 
 namespace {
 constexpr int32_t kEffectId = 56;
 constexpr ParamRow kParams[] = {{u"Fade", 2, 0, 1}};
 }  // namespace
 
-void CXFadeFilter::GetParamDesc(FilterParamDesc* desc, int32_t index) { DescribeParam(desc, index, kParams, {fade_}); }
+void CXFadeFilter::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  DescribeParam(desc, index, kParams, {fade_});
+}
 
 // Both pictures of the fade are the source, whose weights sum up to 255 wherever the fade stands: every byte, alpha
 // included, loses one level.

@@ -55,7 +55,9 @@ std::optional<NLEParamValue> Convert(ParamKind kind, const HostParamValue& from)
   return std::nullopt;
 }
 
-int64_t BytesOf(HostImage& image) { return static_cast<int64_t>(image.Step()) * image.Height(); }
+int64_t BytesOf(HostImage& image) {
+  return static_cast<int64_t>(image.Step()) * image.Height();
+}
 
 }  // namespace
 

@@ -21,8 +21,14 @@ int32_t StartupKVX(HostStartupRecord* host, PluginStartupInfo* info) {
   SuiteStore::Get().Acquire(*host->provider);
   PureCFilter* registry = PureCFilter::GetInstance();
   if (registry) registry->LoadFilters();
-  *info = {1, 1, "PureCPluginFilter", "org.kvx.purecfilter", "PureCPluginFilter Desc", "",
-           static_cast<uint32_t>(registry ? registry->Count() : 0), 0};
+  *info = {1,
+           1,
+           "PureCPluginFilter",
+           "org.kvx.purecfilter",
+           "PureCPluginFilter Desc",
+           "",
+           static_cast<uint32_t>(registry ? registry->Count() : 0),
+           0};
   return kStatusOk;
 }
 

@@ -9,7 +9,8 @@
 
 namespace vizcore {
 
-// Declares the registry's description of `info`'s GUID, which need not be `info` itself. 0, or 2 if the registry has none.
+// Declares the registry's description of `info`'s GUID, which need not be `info` itself. 0, or 2 if the registry has
+// none.
 int32_t RegisterEffect(const std::shared_ptr<NLEFilterInfo>& info, HostEffectRegistrar& registrar);
 
 }  // namespace vizcore

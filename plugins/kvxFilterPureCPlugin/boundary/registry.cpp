@@ -29,7 +29,9 @@ PureCFilter* PureCFilter::GetInstance() {
   return g_instance.load(std::memory_order_acquire);
 }
 
-void PureCFilter::Destroy() { delete g_instance.exchange(nullptr); }
+void PureCFilter::Destroy() {
+  delete g_instance.exchange(nullptr);
+}
 
 void PureCFilter::LoadFilters() {
   g_createFilterByName = CreateFilterByName;

@@ -24,8 +24,8 @@ class PureCFilter {
   // Reads the catalogue. Does nothing without a Host Util Suite.
   void LoadFilters();
 
-  // Adds to the map, where a repeated GUID replaces, and to the list, where it stands again. A filter whose NAME equals the
-  // GUID of a loaded one is left out.
+  // Adds to the map, where a repeated GUID replaces, and to the list, where it stands again. A filter whose NAME equals
+  // the GUID of a loaded one is left out.
   void AddFilterInfo(std::shared_ptr<NLEFilterInfo> info);
 
   // Empty if there is none.

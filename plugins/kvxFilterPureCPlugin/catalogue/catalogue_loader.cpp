@@ -23,7 +23,9 @@ using nlohmann::json;
 
 std::string g_resourceRoot;
 
-bool Contains(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
+bool Contains(const std::string& text, const char* part) {
+  return text.find(part) != std::string::npos;
+}
 
 bool IsFrameRatioDirectory(const std::string& name) {
   return Contains(name, "2_") || Contains(name, "3_") || Contains(name, "4_") || Contains(name, "16_");

@@ -35,7 +35,9 @@ int32_t ParseDecimal(const std::string& text) {
 void ReadNumber(const json& value, int32_t& out) {
   out = value.is_number_float() ? Trunc32(value.get<double>()) : value.get<int32_t>();
 }
-void ReadNumber(const json& value, float& out) { out = value.get<float>(); }
+void ReadNumber(const json& value, float& out) {
+  out = value.get<float>();
+}
 
 // The three numbers of one type. An element that leaves one out gets what the previous element of its type had.
 template <typename Number>

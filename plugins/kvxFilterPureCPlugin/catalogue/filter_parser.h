@@ -10,8 +10,8 @@
 
 namespace vizcore {
 
-// `dataPath` is the filter's directory with its ending separator. Empty if the object names no GUID. A value of a wrong type
-// raises the JSON library's error; "DYNAMIC" raises std::invalid_argument or std::out_of_range.
+// `dataPath` is the filter's directory with its ending separator. Empty if the object names no GUID. A value of a wrong
+// type raises the JSON library's error; "DYNAMIC" raises std::invalid_argument or std::out_of_range.
 std::shared_ptr<NLEFilterInfo> ParseFilterInfo(const nlohmann::json& object, const std::string& dataPath);
 
 // Adds the elements of "PARAMS" to `info`. An element without a known "TYPE" is dropped and takes no index.

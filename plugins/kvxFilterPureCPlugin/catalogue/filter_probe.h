@@ -15,8 +15,8 @@ struct FilterProbe {
   std::unique_ptr<NLEPureCFilter> filter;  // only if creation was asked for
 };
 
-// Looks the GUID up in the effect table and proves, with a 1 by 1 processor, that the effect exists. Sets the description's
-// markers. `host` may be null.
+// Looks the GUID up in the effect table and proves, with a 1 by 1 processor, that the effect exists. Sets the
+// description's markers. `host` may be null.
 FilterProbe CreatePureCFilterFromInfo(HostUtilSuite* host, const std::shared_ptr<NLEFilterInfo>& info, bool create);
 
 }  // namespace vizcore

@@ -126,19 +126,19 @@ int32_t NamedColor(EngineRecord& record, const EngineImage& image) {
     uint8_t blue, green, red;
   };
   static constexpr Color kColors[] = {
-      {20, 190, 230},  // brown
-      {23, 51, 92},    // chocolate
-      {179, 222, 245}, // wheat
-      {230, 240, 250}, // linen
-      {128, 0, 128},   // purple
-      {128, 128, 0},   // olive
-      {0, 128, 128},   // teal
-      {255, 0, 0},     // blue
-      {0, 255, 0},     // green
-      {0, 0, 255},     // red
-      {0, 255, 255},   // yellow
-      {255, 0, 255},   // fuchsia
-      {255, 255, 0},   // cyan
+      {20, 190, 230},   // brown
+      {23, 51, 92},     // chocolate
+      {179, 222, 245},  // wheat
+      {230, 240, 250},  // linen
+      {128, 0, 128},    // purple
+      {128, 128, 0},    // olive
+      {0, 128, 128},    // teal
+      {255, 0, 0},      // blue
+      {0, 255, 0},      // green
+      {0, 0, 255},      // red
+      {0, 255, 255},    // yellow
+      {255, 0, 255},    // fuchsia
+      {255, 255, 0},    // cyan
   };
   const Color& color = kColors[record.code - 30];
   record.colorBlue = color.blue;
@@ -183,7 +183,8 @@ int32_t Lnk(EngineRecord& record, const EngineImage& image) {
   const int32_t k = 100 - ClampInt(record.level, 0, 100);
   Curve table;
   for (int32_t i = 0; i < 256; ++i) {
-    table[i] = static_cast<uint8_t>(i < 128 ? ((i + k) * i + 255) >> 8 : 255 - (((i - 255 - k) * (i - 255) + 255) >> 8));
+    table[i] =
+        static_cast<uint8_t>(i < 128 ? ((i + k) * i + 255) >> 8 : 255 - (((i - 255 - k) * (i - 255) + 255) >> 8));
   }
   ForEachPixel(image, [&table](uint8_t* p) { SetGray(p, table[Luma255(p)]); });
   return kEngineDone;
@@ -257,14 +258,16 @@ void SineContrast(const EngineImage& image, int32_t n) {
 
 std::span<const LookRoutine> ColorToneRoutines() {
   static constexpr LookRoutine kRoutines[] = {
-      {5, Exposure},     {7, KeepChannel},  {8, KeepChannel},  {9, KeepChannel},  {10, KeepChannel}, {11, GrayScale},
-      {12, Binary},      {13, XRays},       {14, Negative},    {15, Thermal},     {16, Tritone},     {17, Tritone},
-      {18, Solarize},    {25, Temperature}, {26, Temperature}, {27, Temperature}, {28, Temperature}, {29, Colorize},
-      {30, NamedColor},  {31, NamedColor},  {32, NamedColor},  {33, NamedColor},  {34, NamedColor},  {35, NamedColor},
-      {36, NamedColor},  {37, NamedColor},  {38, NamedColor},  {39, NamedColor},  {40, NamedColor},  {41, NamedColor},
-      {42, NamedColor},  {43, HoodWink},    {49, MapCurves},   {50, CyanBlue},    {51, MapCurves},   {52, MapCurves},
-      {53, MapCurves},   {55, MapCurves},   {59, Lnk},         {64, SineContrastLook}, {67, MapCurves},
-      {68, MapCurves}, {69, MapCurves}, {74, MapCurves}, {80, MapCurves}, {81, MapCurves},
+      {5, Exposure},     {7, KeepChannel},  {8, KeepChannel}, {9, KeepChannel},  {10, KeepChannel},
+      {11, GrayScale},   {12, Binary},      {13, XRays},      {14, Negative},    {15, Thermal},
+      {16, Tritone},     {17, Tritone},     {18, Solarize},   {25, Temperature}, {26, Temperature},
+      {27, Temperature}, {28, Temperature}, {29, Colorize},   {30, NamedColor},  {31, NamedColor},
+      {32, NamedColor},  {33, NamedColor},  {34, NamedColor}, {35, NamedColor},  {36, NamedColor},
+      {37, NamedColor},  {38, NamedColor},  {39, NamedColor}, {40, NamedColor},  {41, NamedColor},
+      {42, NamedColor},  {43, HoodWink},    {49, MapCurves},  {50, CyanBlue},    {51, MapCurves},
+      {52, MapCurves},   {53, MapCurves},   {55, MapCurves},  {59, Lnk},         {64, SineContrastLook},
+      {67, MapCurves},   {68, MapCurves},   {69, MapCurves},  {74, MapCurves},   {80, MapCurves},
+      {81, MapCurves},
   };
   return kRoutines;
 }

@@ -13,8 +13,8 @@ struct CurvePoint {
   int32_t y;
 };
 
-// Monotone cubic interpolation after Fritsch and Carlson, rounded. Hits every point exactly. Points stand in order of x, from
-// 0 to 255.
+// Monotone cubic interpolation after Fritsch and Carlson, rounded. Hits every point exactly. Points stand in order of
+// x, from 0 to 255.
 Curve MakeCurve(std::span<const CurvePoint> points);
 
 // Points at 0, 64, 128, 192 and 255.

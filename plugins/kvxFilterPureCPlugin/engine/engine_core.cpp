@@ -25,9 +25,15 @@ void BuildRandomTable() {
   });
 }
 
-bool IsLook(uint32_t code) { return code >= 1 && code <= 97; }
-bool IsWarp(uint32_t code) { return code >= 1025 && code <= 1043; }
-bool IsMerge(uint32_t code) { return code >= 2049 && code <= 2206; }
+bool IsLook(uint32_t code) {
+  return code >= 1 && code <= 97;
+}
+bool IsWarp(uint32_t code) {
+  return code >= 1025 && code <= 1043;
+}
+bool IsMerge(uint32_t code) {
+  return code >= 2049 && code <= 2206;
+}
 
 // The capacity is stored even when there was no memory, so that the same size is not tried again.
 uint8_t* Ensure(uint8_t*& buffer, int32_t& capacity, int32_t size, bool* reallocated = nullptr) {
@@ -46,7 +52,8 @@ uint8_t randomTable[1024];
 
 EngineImage MakeEngineImage(uint8_t* pixels, int32_t width, int32_t height, int32_t stepBytes) {
   const int64_t total = static_cast<int64_t>(stepBytes) * height;
-  return {sizeof(EngineImage), width, height, 32, stepBytes, total <= INT32_MAX ? static_cast<int32_t>(total) : -1, pixels};
+  return {
+      sizeof(EngineImage), width, height, 32, stepBytes, total <= INT32_MAX ? static_cast<int32_t>(total) : -1, pixels};
 }
 
 uint8_t* EnsureWorkCopy(EngineRecord& record, int32_t size) {

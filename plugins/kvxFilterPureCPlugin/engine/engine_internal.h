@@ -10,7 +10,9 @@
 
 // Index -256 to 511 gives 0 to 255.
 extern const uint8_t* const clampTable;
-inline uint8_t Clamp(int32_t x) { return clampTable[x]; }
+inline uint8_t Clamp(int32_t x) {
+  return clampTable[x];
+}
 
 // 1024 bytes of noise, drawn when the first record is created; index with a value masked by 0x3FF.
 extern uint8_t randomTable[1024];
@@ -29,7 +31,8 @@ int32_t EngineRunLook(EngineRecord& record, const EngineImage& image);
 int32_t EngineRunWarp(EngineRecord& record, const EngineImage& image);
 int32_t EngineRunMerge(EngineRecord& record, const EngineImage& image, const EngineImage* second);
 
-// One look: its routine, and whether unmodified copies of the image must stand in workCopy and sourceCopy before it runs.
+// One look: its routine, and whether unmodified copies of the image must stand in workCopy and sourceCopy before it
+// runs.
 struct LookRoutine {
   uint32_t code;
   int32_t (*run)(EngineRecord& record, const EngineImage& image);
@@ -46,10 +49,16 @@ std::span<const LookRoutine> PaneRoutines();
 using Curve = std::array<uint8_t, 256>;
 
 // The three grey forms of the engine, not to be mixed up; the third stands in the colourise routine.
-inline int32_t Luma255(const uint8_t* p) { return (29 * p[0] + 150 * p[1] + 76 * p[2] + 255) >> 8; }
-inline int32_t Luma4(const uint8_t* p) { return (p[0] + 2 * p[1] + p[2]) >> 2; }
+inline int32_t Luma255(const uint8_t* p) {
+  return (29 * p[0] + 150 * p[1] + 76 * p[2] + 255) >> 8;
+}
+inline int32_t Luma4(const uint8_t* p) {
+  return (p[0] + 2 * p[1] + p[2]) >> 2;
+}
 
-inline void SetGray(uint8_t* p, uint8_t gray) { p[0] = p[1] = p[2] = gray; }
+inline void SetGray(uint8_t* p, uint8_t gray) {
+  p[0] = p[1] = p[2] = gray;
+}
 
 // `perPixel` gets the address of every pixel, row by row.
 template <typename PerPixel>

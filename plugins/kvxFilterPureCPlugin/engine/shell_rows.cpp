@@ -1,8 +1,8 @@
 // One row for each shell: effect id, class, engine code, parameter group, reported parameters.
 //
-// What a shell reports and what it takes differ in places, and are meant to: the sunshine reports its percentage first and
-// takes it last; tilt shift and radial blur report a rectangle and take level and direction; the raindrop reports one
-// parameter and takes three.
+// What a shell reports and what it takes differ in places, and are meant to: the sunshine reports its percentage first
+// and takes it last; tilt shift and radial blur report a rectangle and take level and direction; the raindrop reports
+// one parameter and takes three.
 #include "shells.h"
 
 namespace {
@@ -14,9 +14,8 @@ constexpr ShellParam kBubble[] = {
     {{u"Percent", 0, 0, 100}, kLevel}, {{u"Direction", 0, 0, 3}, kDirection}, {{u"Radius", 0, 4, 100}, kRadius}};
 constexpr ShellParam kSnow[] = {
     {{u"Percent", 0, 0, 100}, kLevel}, {{u"Direction", 0, 0, 3}, kDirection}, {{u"Radius", 0, 1, 100}, kRadius}};
-constexpr ShellParam kGetColor[] = {{{u"DecolorPosX", 0, 0, 100}, kPointX},
-                                    {{u"DecolorPosY", 0, 0, 100}, kPointY},
-                                    {{u"Radius", 0, 0, 100}, kRadius}};
+constexpr ShellParam kGetColor[] = {
+    {{u"DecolorPosX", 0, 0, 100}, kPointX}, {{u"DecolorPosY", 0, 0, 100}, kPointY}, {{u"Radius", 0, 0, 100}, kRadius}};
 constexpr ShellParam kOneColor[] = {
     {{u"Red", 0, 0, 255}, kColorRed}, {{u"Green", 0, 0, 255}, kColorGreen}, {{u"Blue", 0, 0, 255}, kColorBlue}};
 constexpr ShellParam kSunshine[] = {{{u"Percent", 0, 0, 100}, kLevel},
@@ -156,4 +155,6 @@ constexpr ShellRow kRows[] = {
 
 }  // namespace
 
-std::span<const ShellRow> ShellRows() { return kRows; }
+std::span<const ShellRow> ShellRows() {
+  return kRows;
+}

@@ -4,7 +4,8 @@
 
 #include "numeric.h"
 
-EngineShell::EngineShell(const ShellRow& row, int32_t width, int32_t height) : CBaseFilterProc(width, height), row_(row) {
+EngineShell::EngineShell(const ShellRow& row, int32_t width, int32_t height)
+    : CBaseFilterProc(width, height), row_(row) {
   EngineCreate(&record_, row.code);
   if (!record_) return;
   if (row.code == 61) {  // snow
@@ -18,7 +19,9 @@ EngineShell::EngineShell(const ShellRow& row, int32_t width, int32_t height) : C
   }
 }
 
-EngineShell::~EngineShell() { EngineFree(record_); }
+EngineShell::~EngineShell() {
+  EngineFree(record_);
+}
 
 double EngineShell::DefaultOf(const ShellParam& param) const {
   switch (param.field) {
@@ -141,7 +144,8 @@ void EngineShell::TakeLateParams(const ParamValueArray* params) {
   }
 }
 
-// The engine works in place on the copy. A routine that fails leaves the copy or a part of its work: the frame counts as done.
+// The engine works in place on the copy. A routine that fails leaves the copy or a part of its work: the frame counts
+// as done.
 void EngineShell::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {
   if (!record_) return;
   TakeParams(params);

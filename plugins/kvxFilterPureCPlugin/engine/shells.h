@@ -11,26 +11,39 @@
 
 // What a shell does with its parameters before the engine runs.
 enum class ShellGroup {
-  kNone,          // A: nothing
-  kLevel,         // B: level
-  kScaledLevel,   // C: level, scaled to the frame's width
-  kStar,          // D: level and the frame rate
-  kParticles,     // E: level, direction, radius and the frame rate
-  kPoint,         // F: point and radius
-  kColor,         // G: colour
-  kSpot,          // H: position, radius, level
-  kVignette,      // I: level, after the copy
-  kBadSignal,     // J: frame rate and frame number, after the copy
-  kMapLevel,      // K: position and level; a change makes the map new
-  kDirected,      // L: level and direction
-  kDrop,          // M: position and level
-  kMapRadius,     // N: position and radius; a change makes the map new
+  kNone,         // A: nothing
+  kLevel,        // B: level
+  kScaledLevel,  // C: level, scaled to the frame's width
+  kStar,         // D: level and the frame rate
+  kParticles,    // E: level, direction, radius and the frame rate
+  kPoint,        // F: point and radius
+  kColor,        // G: colour
+  kSpot,         // H: position, radius, level
+  kVignette,     // I: level, after the copy
+  kBadSignal,    // J: frame rate and frame number, after the copy
+  kMapLevel,     // K: position and level; a change makes the map new
+  kDirected,     // L: level and direction
+  kDrop,         // M: position and level
+  kMapRadius,    // N: position and radius; a change makes the map new
 };
 
 // The record's field that a parameter reports as its default, or none.
 enum class ShellField {
-  kConstant, kLevel, kRadius, kPosX, kPosY, kPointX, kPointY, kColorRed, kColorGreen, kColorBlue, kDirection,
-  kRectLeft, kRectTop, kRectRight, kRectBottom,
+  kConstant,
+  kLevel,
+  kRadius,
+  kPosX,
+  kPosY,
+  kPointX,
+  kPointY,
+  kColorRed,
+  kColorGreen,
+  kColorBlue,
+  kDirection,
+  kRectLeft,
+  kRectTop,
+  kRectRight,
+  kRectBottom,
 };
 
 // Stands for the frame's width or height as a maximum.

@@ -28,14 +28,18 @@ using ConstFrameView = BasicFrameView<const uint8_t>;
 inline ConstFrameView PackedSource(const uint8_t* data, int32_t width, int32_t height) {
   return {data, width, height, width * 4};
 }
-inline FrameView PackedDest(uint8_t* data, int32_t width, int32_t height) { return {data, width, height, width * 4}; }
+inline FrameView PackedDest(uint8_t* data, int32_t width, int32_t height) {
+  return {data, width, height, width * 4};
+}
 
 // False, and nothing copied, if a pointer is null or width, height or a step is not above 0. Equal steps copy
 // height * dstStep bytes at once; otherwise each row copies the smaller step. The width is only tested.
 bool CopyRows(const uint8_t* src, uint8_t* dst, int32_t width, int32_t height, int32_t srcStep, int32_t dstStep);
 
 // Parameter `k` of a frame, from 1 to 12; 0.0 without an array.
-inline double Param(const ParamValueArray* params, int k) { return params ? params->value[k - 1] : 0.0; }
+inline double Param(const ParamValueArray* params, int k) {
+  return params ? params->value[k - 1] : 0.0;
+}
 
 // One reported parameter. The default comes from the processor's fields at the moment of the question.
 struct ParamRow {

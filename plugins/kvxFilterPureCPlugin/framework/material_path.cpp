@@ -22,8 +22,12 @@ void Store(char16_t* buffer, std::u16string_view path, std::u16string_view tail)
 
 }  // namespace
 
-std::u16string MergeImageDir() { return g_mergeImageDir; }
-std::u16string ShaderDir() { return g_shaderDir; }
+std::u16string MergeImageDir() {
+  return g_mergeImageDir;
+}
+std::u16string ShaderDir() {
+  return g_shaderDir;
+}
 
 int32_t SetMergeImagePath(const char16_t* path) {
   std::fill_n(g_mergeImageDir, kPathUnits, u'\0');

@@ -4,8 +4,8 @@
 
 #include <string>
 
-// The caller's path, then "\Merge\"; empty until `SetMergeImagePath` was called. A material's path is this text followed
-// directly by the file name.
+// The caller's path, then "\Merge\"; empty until `SetMergeImagePath` was called. A material's path is this text
+// followed directly by the file name.
 std::u16string MergeImageDir();
 
 // The caller's path, then "\Shader", without a separator at its end. Nothing in the plug-in reads it.

@@ -10,7 +10,9 @@ inline int32_t Trunc32(double value) {
 }
 
 // The low byte of the cut value.
-inline uint8_t TruncByte(double value) { return static_cast<uint8_t>(Trunc32(value)); }
+inline uint8_t TruncByte(double value) {
+  return static_cast<uint8_t>(Trunc32(value));
+}
 
 // 0 for values at or below 0, 255 for values above 255, otherwise the value. Branch-free by two sign masks.
 inline int32_t CLAMP0255(int32_t value) {
@@ -30,8 +32,14 @@ inline int32_t ClampInt(int32_t value, int32_t low, int32_t high) {
 }
 
 // 32-bit arithmetic that wraps.
-inline int32_t WrapAdd(int32_t a, int32_t b) { return static_cast<int32_t>(uint32_t(a) + uint32_t(b)); }
-inline int32_t WrapSub(int32_t a, int32_t b) { return static_cast<int32_t>(uint32_t(a) - uint32_t(b)); }
-inline int32_t WrapMul(int32_t a, int32_t b) { return static_cast<int32_t>(uint32_t(a) * uint32_t(b)); }
+inline int32_t WrapAdd(int32_t a, int32_t b) {
+  return static_cast<int32_t>(uint32_t(a) + uint32_t(b));
+}
+inline int32_t WrapSub(int32_t a, int32_t b) {
+  return static_cast<int32_t>(uint32_t(a) - uint32_t(b));
+}
+inline int32_t WrapMul(int32_t a, int32_t b) {
+  return static_cast<int32_t>(uint32_t(a) * uint32_t(b));
+}
 
 #endif  // KVX_FRAMEWORK_NUMERIC_H_

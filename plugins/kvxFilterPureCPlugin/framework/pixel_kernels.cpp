@@ -86,8 +86,8 @@ void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets)
       const auto v = hn::ShiftRight<8>(hn::Add(y, hn::Set(di, offset)));
       return hn::BitCast(d, hn::Min(hn::Max(v, zero), top));
     };
-    const auto rgb = hn::Or(channel(offsets.blue), hn::Or(hn::ShiftLeft<8>(channel(offsets.green)),
-                                                          hn::ShiftLeft<16>(channel(offsets.red))));
+    const auto rgb = hn::Or(channel(offsets.blue),
+                            hn::Or(hn::ShiftLeft<8>(channel(offsets.green)), hn::ShiftLeft<16>(channel(offsets.red))));
     StorePixels(hn::Or(rgb, hn::And(word, alphaMask)), d, pixels + 4 * x);
   }
   ColorizeRowScalar(pixels + 4 * x, count - x, offsets);
@@ -144,8 +144,8 @@ void BlendRow(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t c
     const auto weight = divide255(hn::Mul(alphaPairs, a));
     const auto colors = hn::BitCast(d16, hn::Or(t, opaque));
     const auto ground = hn::BitCast(d16, u);
-    const auto even = hn::Add(divide255(hn::Mul(hn::And(ground, low), b)),
-                              divide255(hn::Mul(hn::And(colors, low), weight)));
+    const auto even =
+        hn::Add(divide255(hn::Mul(hn::And(ground, low), b)), divide255(hn::Mul(hn::And(colors, low), weight)));
     const auto odd = hn::Add(divide255(hn::Mul(hn::ShiftRight<8>(ground), b)),
                              divide255(hn::Mul(hn::ShiftRight<8>(colors), weight)));
     const auto result = hn::Or(hn::And(even, low), hn::ShiftLeft<8>(odd));

@@ -1,12 +1,12 @@
-// Pixel loops worth vectors. Each has a scalar definition, which is what it means, and a vector form for whatever the machine
-// offers, which gives the same bytes.
+// Pixel loops worth vectors. Each has a scalar definition, which is what it means, and a vector form for whatever the
+// machine offers, which gives the same bytes.
 #ifndef KVX_FRAMEWORK_PIXEL_KERNELS_H_
 #define KVX_FRAMEWORK_PIXEL_KERNELS_H_
 
 #include <cstdint>
 
-// gray = ((byte0 * w0 + byte1 * w1 + byte2 * w2 + add) * multiplier) >> shift, in unsigned 32-bit arithmetic that must not
-// overflow; the multiplier makes exact divisions of a sum that is small enough.
+// gray = ((byte0 * w0 + byte1 * w1 + byte2 * w2 + add) * multiplier) >> shift, in unsigned 32-bit arithmetic that must
+// not overflow; the multiplier makes exact divisions of a sum that is small enough.
 struct GrayWeights {
   uint32_t w0, w1, w2;
   uint32_t add = 0;
@@ -29,8 +29,8 @@ struct ColorizeOffsets {
 void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets);
 void ColorizeRowScalar(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets);
 
-// Byte c becomes trunc(c * s + gray), with gray = (byte0 * w0 + byte1 * w1 + byte2 * w2) >> 16, 32-bit wrapping. With `clamp`
-// to 0..255, otherwise its low byte. Byte 3 is copied.
+// Byte c becomes trunc(c * s + gray), with gray = (byte0 * w0 + byte1 * w1 + byte2 * w2) >> 16, 32-bit wrapping. With
+// `clamp` to 0..255, otherwise its low byte. Byte 3 is copied.
 struct SaturationWeights {
   double s;
   int32_t w0, w1, w2;
@@ -39,8 +39,9 @@ struct SaturationWeights {
 void SaturateRow(const uint8_t* src, uint8_t* dst, int32_t count, const SaturationWeights& weights);
 void SaturateRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const SaturationWeights& weights);
 
-// With D(x) = (x + (x >> 8) + 128) >> 8 and t = D(top[3] * alpha): bytes 0 to 2 are D(bottom[c] * (255 - alpha)) + D(top[c] * t),
-// byte 3 is D(bottom[3] * (255 - alpha)) + D(255 * t), each sum modulo 256. `out` may be `top`. `alpha` from 0 to 255.
+// With D(x) = (x + (x >> 8) + 128) >> 8 and t = D(top[3] * alpha): bytes 0 to 2 are D(bottom[c] * (255 - alpha)) +
+// D(top[c] * t), byte 3 is D(bottom[3] * (255 - alpha)) + D(255 * t), each sum modulo 256. `out` may be `top`. `alpha`
+// from 0 to 255.
 void BlendRow(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t count, int32_t alpha);
 void BlendRowScalar(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t count, int32_t alpha);
 

@@ -5,8 +5,8 @@
 #include <atomic>
 #include <cstdint>
 
-// Draws from the stream for the length of one operation: takes the state when made, puts it back when it ends. So one thread
-// sees one exact stream from operation to operation, and threads never race. Keep at most one alive per thread.
+// Draws from the stream for the length of one operation: takes the state when made, puts it back when it ends. So one
+// thread sees one exact stream from operation to operation, and threads never race. Keep at most one alive per thread.
 class Rand {
  public:
   Rand() : state_(shared_.load(std::memory_order_relaxed)) {}

@@ -12,4 +12,6 @@ uint32_t CalendarSeconds() {
   return pinned != 0 ? pinned : static_cast<uint32_t>(std::time(nullptr));
 }
 
-void PinCalendarSeconds(uint32_t seconds) { g_pinned.store(seconds, std::memory_order_relaxed); }
+void PinCalendarSeconds(uint32_t seconds) {
+  g_pinned.store(seconds, std::memory_order_relaxed);
+}

@@ -73,4 +73,6 @@ std::optional<std::string> ReadFile(const std::string& path) {
   return content;
 }
 
-std::optional<std::string> ReadFile(std::u16string_view path) { return ReadFile(NarrowUtf8(path)); }
+std::optional<std::string> ReadFile(std::u16string_view path) {
+  return ReadFile(NarrowUtf8(path));
+}

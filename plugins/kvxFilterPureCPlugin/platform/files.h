@@ -17,8 +17,8 @@ struct DirectoryEntry {
 // Identity of a directory, equal for two paths that lead to one directory.
 using DirectoryId = std::pair<uint64_t, uint64_t>;
 
-// Entries sorted by name in byte order, without "." and ".."; nothing if the directory cannot be read. Names that are not
-// valid UTF-8 are left out.
+// Entries sorted by name in byte order, without "." and ".."; nothing if the directory cannot be read. Names that are
+// not valid UTF-8 are left out.
 std::optional<std::vector<DirectoryEntry>> ListDirectory(const std::string& path);
 
 std::optional<DirectoryId> IdentifyDirectory(const std::string& path);

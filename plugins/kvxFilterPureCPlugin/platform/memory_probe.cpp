@@ -96,5 +96,9 @@ bool IsBad(const void* address, size_t size, Access access) {
 
 }  // namespace
 
-bool IsBadReadPtr(const void* address, size_t size) { return IsBad(address, size, Access::kRead); }
-bool IsBadWritePtr(const void* address, size_t size) { return IsBad(address, size, Access::kWrite); }
+bool IsBadReadPtr(const void* address, size_t size) {
+  return IsBad(address, size, Access::kRead);
+}
+bool IsBadWritePtr(const void* address, size_t size) {
+  return IsBad(address, size, Access::kWrite);
+}

@@ -14,12 +14,16 @@ namespace vizcore {
 namespace {
 
 constexpr double kFrameRate = 25.0;
-constexpr size_t kKeyNameSize = 38;     // a name's key is its first 37 characters
+constexpr size_t kKeyNameSize = 38;  // a name's key is its first 37 characters
 constexpr size_t kRenderNameSize = 128;
 constexpr size_t kMaxValues = std::size(ParamValueArray{}.value);
 
-bool IsTimeDriven(int32_t id) { return (id >= 366 && id <= 370) || (id >= 373 && id <= 1371); }
-bool IsBackgroundFill(int32_t id) { return id >= 1374 && id <= 2372; }
+bool IsTimeDriven(int32_t id) {
+  return (id >= 366 && id <= 370) || (id >= 373 && id <= 1371);
+}
+bool IsBackgroundFill(int32_t id) {
+  return id >= 1374 && id <= 2372;
+}
 
 std::string NameOf(const NLEFilterParams& params, size_t size) {
   char name[kRenderNameSize];
@@ -199,14 +203,15 @@ int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight
   if (!factory_ || dstWidth < 0 || dstHeight < 0 || static_cast<int64_t>(dstStep) < int64_t{dstWidth} * 4) return 1;
   if (!processor_) {
     CBaseFilterProc* made = nullptr;
-    if (!factory_(record_->effectId, static_cast<uint32_t>(dstWidth), static_cast<uint32_t>(dstHeight), &made) || !made) {
+    if (!factory_(record_->effectId, static_cast<uint32_t>(dstWidth), static_cast<uint32_t>(dstHeight), &made) ||
+        !made) {
       return 1;
     }
     processor_.reset(made);
   }
 
-  // A processor reads its source as if it had the destination's size. A smaller one is continued with its last row, so that
-  // nothing is read behind it; what lies within is read as it came.
+  // A processor reads its source as if it had the destination's size. A smaller one is continued with its last row, so
+  // that nothing is read behind it; what lies within is read as it came.
   const size_t given = srcHeight > 0 && srcStep > 0 ? static_cast<size_t>(srcStep) * static_cast<size_t>(srcHeight) : 0;
   const size_t wanted = static_cast<size_t>(std::max(srcStep, dstWidth * 4)) * static_cast<size_t>(dstHeight);
   uint8_t* frame = src;

@@ -23,9 +23,9 @@ class NLEPureCFilter {
   NLEPureCFilter(const NLEPureCFilter&) = delete;
   NLEPureCFilter& operator=(const NLEPureCFilter&) = delete;
 
-  // Merges the catalogue's parameters with those that the processor reports and adds "alpha", the opacity in percent. What
-  // the description lacks is added to it too. 0, or 1 if an argument is null or the factory gives no processor. `record`
-  // must outlive the filter.
+  // Merges the catalogue's parameters with those that the processor reports and adds "alpha", the opacity in percent.
+  // What the description lacks is added to it too. 0, or 1 if an argument is null or the factory gives no processor.
+  // `record` must outlive the filter.
   int32_t Init(ProcessorFactory factory, const EffectPluginInfo* record);
 
   int32_t SetCurrentFrame(int32_t frame);
@@ -35,8 +35,8 @@ class NLEPureCFilter {
   int32_t SetParamValue(const std::string& name, ParamKind kind, const NLEParamValue& value);
   bool GetParamValue(const std::string& name, NLEParamValue& out) const;
 
-  // One source frame to one destination frame, steps in bytes. The processor is made for the destination's size; a new size
-  // makes a new processor, and what the old one remembered is lost. 0, or 1 for failure.
+  // One source frame to one destination frame, steps in bytes. The processor is made for the destination's size; a new
+  // size makes a new processor, and what the old one remembered is lost. 0, or 1 for failure.
   int32_t Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight, int32_t srcStep, int32_t reserved0,
                  int32_t reserved1, int32_t reserved2, int32_t reserved3, uint8_t* dst, int32_t dstWidth,
                  int32_t dstHeight, int32_t dstStep);

@@ -3,11 +3,17 @@
 #include <cstring>
 
 namespace {
-std::string Key(const char* prefix, int32_t index) { return prefix + std::to_string(index) + "]"; }
+std::string Key(const char* prefix, int32_t index) {
+  return prefix + std::to_string(index) + "]";
+}
 }  // namespace
 
-void NLEFilterInfo::GetGuid(char* out) const { std::memcpy(out, guid_.c_str(), guid_.size() + 1); }
-void NLEFilterInfo::GetName(char* out) const { std::memcpy(out, name_.c_str(), name_.size() + 1); }
+void NLEFilterInfo::GetGuid(char* out) const {
+  std::memcpy(out, guid_.c_str(), guid_.size() + 1);
+}
+void NLEFilterInfo::GetName(char* out) const {
+  std::memcpy(out, name_.c_str(), name_.size() + 1);
+}
 
 void NLEFilterInfo::SetMarkers(int32_t a, int32_t b, int32_t c) {
   markerA_ = a;

@@ -54,8 +54,8 @@ class NLEFilterInfo {
   std::atomic<int32_t> paramCount_{0};
   int32_t dynamic_ = 0;
   mutable std::mutex mutex_;
-  std::map<std::string, std::pair<std::string, std::string>> textures_;          // "Texture[i]": key and path text
-  std::map<std::string, std::shared_ptr<NLEFilterParams>> params_;               // "Param[i]"
+  std::map<std::string, std::pair<std::string, std::string>> textures_;  // "Texture[i]": key and path text
+  std::map<std::string, std::shared_ptr<NLEFilterParams>> params_;       // "Param[i]"
 };
 
 #endif  // KVX_DESCRIPTION_FILTER_INFO_H_

@@ -19,7 +19,8 @@ int32_t UiTypeOfWord(std::string_view word) {
       {"ColorStart", ui_type::kColorStart}, {"ColorEnd", ui_type::kColorEnd},
       {"Mult100", ui_type::kMult100},       {"TextEdit", ui_type::kTextEdit},
   };
-  const auto* found = std::find_if(std::begin(kWords), std::end(kWords), [&](const auto& w) { return w.first == word; });
+  const auto* found =
+      std::find_if(std::begin(kWords), std::end(kWords), [&](const auto& w) { return w.first == word; });
   return found == std::end(kWords) ? ui_type::kPlain : found->second;
 }
 

@@ -339,7 +339,9 @@ static_assert(kRows[kRecordCount - 1].name && !kRows[kRecordCount].name);
 
 }  // namespace
 
-std::span<const EffectRow> EffectRows() { return kRows; }
+std::span<const EffectRow> EffectRows() {
+  return kRows;
+}
 
 const EffectRow* FindEffectRow(int32_t id) {
   const auto* row = std::find_if(std::begin(kRows), std::end(kRows), [id](const EffectRow& r) { return r.id == id; });

@@ -8,7 +8,8 @@
 
 #include "kvx/processor.h"
 
-// Makes the processor of effect `id`. Families whose members differ by data share one maker and look their data up by id.
+// Makes the processor of effect `id`. Families whose members differ by data share one maker and look their data up by
+// id.
 using EffectMaker = CBaseFilterProc* (*)(int32_t id, int32_t width, int32_t height);
 
 struct EffectRow {
@@ -16,7 +17,7 @@ struct EffectRow {
   const char16_t* name;  // null for an effect that only the factory serves
   int32_t paramCount;    // parameters that the processor reports
   const char16_t* guid;
-  EffectMaker make;      // null while the effect does not exist
+  EffectMaker make;  // null while the effect does not exist
 };
 
 inline constexpr size_t kRecordCount = 242;

@@ -25,7 +25,9 @@ std::array<EffectPluginInfo, kRecordCount> MakeRecords() {
 
 }  // namespace
 
-int32_t GetEffectsCounts() { return kRecordCount; }
+int32_t GetEffectsCounts() {
+  return kRecordCount;
+}
 
 const EffectPluginInfo* GetEffectPluginsInfo(uint32_t index) {
   static const std::array<EffectPluginInfo, kRecordCount> records = MakeRecords();
@@ -43,4 +45,6 @@ int32_t FindEffectByID(int32_t id, uint32_t width, uint32_t height, CBaseFilterP
   }
 }
 
-int32_t GetEffectPixFormat() { return 0; }
+int32_t GetEffectPixFormat() {
+  return 0;
+}

@@ -1,7 +1,8 @@
-// The eleven functions that kvxFilterPureCPlugin.so exports. A host opens the library at run time and takes them by name.
+// The eleven functions that kvxFilterPureCPlugin.so exports. A host opens the library at run time and takes them by
+// name.
 //
-// Order of calls: StartupKVX once; RegisterKVXEffect for each index below PluginStartupInfo::filterCount; CreateKVXEffect,
-// frames, ReleaseKVXEffect; ShutdownKVX once. To start again, unload the library first.
+// Order of calls: StartupKVX once; RegisterKVXEffect for each index below PluginStartupInfo::filterCount;
+// CreateKVXEffect, frames, ReleaseKVXEffect; ShutdownKVX once. To start again, unload the library first.
 #ifndef KVX_EXPORTS_H_
 #define KVX_EXPORTS_H_
 
@@ -15,14 +16,15 @@
 
 extern "C" {
 
-// Takes the host's suites, reads the catalogue and fills `info`. Always 0. Exceptions of a malformed catalogue (a value of a
-// wrong type) pass through.
+// Takes the host's suites, reads the catalogue and fills `info`. Always 0. Exceptions of a malformed catalogue (a value
+// of a wrong type) pass through.
 KVX_EXPORT int32_t StartupKVX(HostStartupRecord* host, PluginStartupInfo* info);
 
 // Drops the catalogue. Effect objects that exist stay valid. Always 0.
 KVX_EXPORT int32_t ShutdownKVX();
 
-// Declares effect `index` of the catalogue to `registrar`. 0, or 2 for a bad index, a null registrar or an unknown effect.
+// Declares effect `index` of the catalogue to `registrar`. 0, or 2 for a bad index, a null registrar or an unknown
+// effect.
 KVX_EXPORT int32_t RegisterKVXEffect(int32_t index, HostEffectRegistrar* registrar);
 
 // Declares the effect whose configuration stands in the directory `path` (UTF-8). 0, or 2 if there is none.
@@ -40,7 +42,8 @@ KVX_EXPORT int32_t GetEffectsCounts();
 // Row `index` of the effect table, or null beyond it. Valid while the library is loaded.
 KVX_EXPORT const EffectPluginInfo* GetEffectPluginsInfo(uint32_t index);
 
-// Makes the processor of effect `id` for frames of `width` by `height`. 1, with the processor, which the caller deletes, in
+// Makes the processor of effect `id` for frames of `width` by `height`. 1, with the processor, which the caller
+// deletes, in
 // `*processor`; or 0 with `*processor` left alone.
 KVX_EXPORT int32_t FindEffectByID(int32_t id, uint32_t width, uint32_t height, CBaseFilterProc** processor);
 

@@ -1,6 +1,7 @@
 // The objects that a host gives to the plug-in, and the effect object that it gets back.
 //
-// Virtual functions stand in slot order. Reserved slots are never called by the plug-in; an implementation leaves them empty.
+// Virtual functions stand in slot order. Reserved slots are never called by the plug-in; an implementation leaves them
+// empty.
 #ifndef KVX_HOST_H_
 #define KVX_HOST_H_
 
@@ -46,8 +47,8 @@ class HostImage {
   virtual int32_t Width() = 0;   // pixels
   virtual int32_t Height() = 0;  // rows
   virtual void Reserved2() {}
-  virtual int32_t Step() = 0;    // bytes from row to row
-  virtual uint8_t* Data() = 0;   // first byte of row 0
+  virtual int32_t Step() = 0;   // bytes from row to row
+  virtual uint8_t* Data() = 0;  // first byte of row 0
 
  protected:
   ~HostImage() = default;
@@ -109,8 +110,8 @@ class HostEffectRegistrar {
   virtual void Reserved15() {}
   virtual void Reserved16() {}
   virtual void Reserved17() {}
-  virtual void Double(int32_t group, int32_t index, const char* name, const char* label, double minimum,
-                      double maximum, double defaultValue, int32_t visibility) = 0;
+  virtual void Double(int32_t group, int32_t index, const char* name, const char* label, double minimum, double maximum,
+                      double defaultValue, int32_t visibility) = 0;
   virtual void NinePositions(int32_t group, int32_t index, const char* name, const char* label, int32_t minimum,
                              int32_t maximum, int32_t defaultValue, int32_t reserved) = 0;
   virtual void MaskList(int32_t group, int32_t index, const char* name, const char* label, const char* reserved,
@@ -133,8 +134,8 @@ inline constexpr int32_t kStatusOk = 0;
 inline constexpr int32_t kStatusBadArgument = 2;  // or unknown filter
 inline constexpr int32_t kStatusUnusable = 4;     // unusable memory or missing filter
 
-// What `CreateKVXEffect` gives. For each frame: `Prepare`, then `Render`. One thread at a time per object; different objects
-// may run in parallel. The host ends it with `ReleaseKVXEffect`.
+// What `CreateKVXEffect` gives. For each frame: `Prepare`, then `Render`. One thread at a time per object; different
+// objects may run in parallel. The host ends it with `ReleaseKVXEffect`.
 class KVXEffect {
  public:
   virtual ~KVXEffect() = default;

@@ -7,8 +7,8 @@
 
 #include "kvx/records.h"
 
-// A frame is rows of 32-bit pixels, bytes in memory order blue, green, red, alpha; row 0 comes first. Steps are bytes from
-// row to row, at least 4 * width. Source and destination both have the processor's width and height.
+// A frame is rows of 32-bit pixels, bytes in memory order blue, green, red, alpha; row 0 comes first. Steps are bytes
+// from row to row, at least 4 * width. Source and destination both have the processor's width and height.
 //
 // One thread at a time per processor. The owner deletes it through the virtual destructor.
 class CBaseFilterProc {
