@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <mutex>
 #include <sstream>
 #include <stdexcept>
 
@@ -38,6 +39,8 @@ void FakeUtil::HostLog(int32_t level, const char* format, ...) {
   va_start(args, format);
   std::vsnprintf(text, sizeof text, format, args);
   va_end(args);
+  static std::mutex lock;  // objects on other threads log too
+  const std::lock_guard guard(lock);
   log.push_back({level, text});
 }
 

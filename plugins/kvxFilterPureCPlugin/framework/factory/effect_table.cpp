@@ -3,9 +3,11 @@
 #include <algorithm>
 
 #include "3DGrid.h"
+#include "AspectMergeFilter.h"
 #include "BGFVariants.h"
 #include "Balance.h"
 #include "Baltan.h"
+#include "CamRecorderFilter.h"
 #include "CartoonFilter.h"
 #include "CloudsFilter.h"
 #include "Cluster.h"
@@ -23,6 +25,7 @@
 #include "Flash.h"
 #include "FlippoFilter.h"
 #include "Glow.h"
+#include "GrungeRay.h"
 #include "HueShift.h"
 #include "IsingFilter.h"
 #include "LensCorrection.h"
@@ -30,8 +33,11 @@
 #include "LissajousFilter.h"
 #include "LumaLevels.h"
 #include "MaskmateFilter.h"
+#include "MergeFilter.h"
+#include "MergeFilterWithLight.h"
 #include "Mosaics.h"
 #include "Nervous.h"
+#include "NightGlassViewFilter.h"
 #include "NosyncFilter.h"
 #include "OrnerFilter.h"
 #include "PerspectiveFilter.h"
@@ -43,6 +49,7 @@
 #include "Scatter.h"
 #include "SelectFilter.h"
 #include "Sharpen.h"
+#include "SightFilter.h"
 #include "Sobel.h"
 #include "SplitFilter.h"
 #include "SplitMoveFilter.h"
@@ -207,35 +214,35 @@ constexpr EffectRow kRows[] = {
     {188, u"ColorSketchB", 0, u"F2EECCFF-D7E9-4378-88BA-78D5BC6B54A5", MakeEngineShell},
     {189, u"ColorSketch", 0, u"11377B17-E389-4959-BA68-87DB6A0CC232", MakeEngineShell},
     {190, u"Explosion", 0, u"E8E71C56-2210-41EF-95B7-5F1DB37DAB30", MakeEngineShell},
-    {193, u"MergeColor", 3, u"FFC4ED98-7156-47C1-906D-29FFEE8EC2AA", nullptr},
-    {194, u"MergeImage", 0, u"5AC7F2C2-BF82-4272-B7ED-DD772D356630", nullptr},
-    {196, u"AncientCanvas", 0, u"10F5FE0D-F79B-4172-AD25-0099A94A7277", nullptr},
-    {197, u"Filter1", 0, u"59FE21AF-F233-43AB-A99E-56BAEBB57EE0", nullptr},
-    {198, u"OldPaper", 0, u"2961AFB5-5965-4FDC-B0EE-5E2633107019", nullptr},
-    {199, u"Vignette1", 0, u"81BCCB31-64E2-4F4A-97C2-F76DF3DD29EB", nullptr},
-    {200, u"Vignette2", 0, u"10066FF6-5D46-4886-BA40-89F2E0CE393F", nullptr},
-    {201, u"Vignette3", 0, u"ED1AE1B1-F239-468F-8EB1-72206DF53E04", nullptr},
-    {202, u"Vignette4", 0, u"384A678B-45FF-4C90-8A6C-83BAE895CCB5", nullptr},
-    {203, u"Vignette5", 0, u"8C094CBB-4100-4FB4-B079-B750B9D2F1F2", nullptr},
-    {204, u"Vignette6", 0, u"E6B0D0BB-F572-4639-9804-49883B4F6BDC", nullptr},
-    {205, u"WaterDrop3", 0, u"76DFAF45-1B13-45E1-A356-C5D40346D52A", nullptr},
-    {207, u"OldTV", 0, u"7BDFB5CF-0286-4DD3-86B8-3F4693D884B6", nullptr},
-    {209, u"StencilPoster", 3, u"CEF7876C-5BFC-4C45-87D3-571D1A054341", nullptr},
-    {216, u"ColorExplosion", 0, u"08BBDBFF-D6D4-4D99-ABE3-5DB51791E93D", nullptr},
-    {217, u"BlueExplosion", 0, u"E4A02F88-E89C-49DE-B7CA-7077B14C405B", nullptr},
-    {225, u"OldFilm", 1, u"86E25BC7-5648-4F64-A11A-D4FDD8811C73", nullptr},
-    {241, u"Shine1", 0, u"7D5D849B-7D6F-4AA4-8608-93BE275B13CA", nullptr},
-    {242, u"ShineB", 0, u"F3306558-E276-4727-BEFD-8A450707AAF6", nullptr},
-    {251, u"MergeLight", 0, u"8CDD2D69-C501-43FC-B9E0-80E4C0D282DF", nullptr},
-    {335, u"LinearLight", 0, u"0982C3A2-CF5E-400B-ACA6-1D3B7269C279", nullptr},
-    {338, u"SunSet", 0, u"1CCBFBDD-700C-4D8C-8D7D-E5F9AD05FE44", nullptr},
-    {339, u"Vivid", 0, u"78706184-1DF6-40D3-AA56-ECAEF7361785", nullptr},
+    {193, u"MergeColor", 3, u"FFC4ED98-7156-47C1-906D-29FFEE8EC2AA", MakeMergeFilter},
+    {194, u"MergeImage", 0, u"5AC7F2C2-BF82-4272-B7ED-DD772D356630", MakeMergeFilter},
+    {196, u"AncientCanvas", 0, u"10F5FE0D-F79B-4172-AD25-0099A94A7277", MakeMergeFilter},
+    {197, u"Filter1", 0, u"59FE21AF-F233-43AB-A99E-56BAEBB57EE0", MakeMergeFilter},
+    {198, u"OldPaper", 0, u"2961AFB5-5965-4FDC-B0EE-5E2633107019", MakeMergeFilter},
+    {199, u"Vignette1", 0, u"81BCCB31-64E2-4F4A-97C2-F76DF3DD29EB", MakeMergeFilter},
+    {200, u"Vignette2", 0, u"10066FF6-5D46-4886-BA40-89F2E0CE393F", MakeMergeFilter},
+    {201, u"Vignette3", 0, u"ED1AE1B1-F239-468F-8EB1-72206DF53E04", MakeMergeFilter},
+    {202, u"Vignette4", 0, u"384A678B-45FF-4C90-8A6C-83BAE895CCB5", MakeMergeFilter},
+    {203, u"Vignette5", 0, u"8C094CBB-4100-4FB4-B079-B750B9D2F1F2", MakeMergeFilter},
+    {204, u"Vignette6", 0, u"E6B0D0BB-F572-4639-9804-49883B4F6BDC", MakeMergeFilter},
+    {205, u"WaterDrop3", 0, u"76DFAF45-1B13-45E1-A356-C5D40346D52A", MakeMergeFilter},
+    {207, u"OldTV", 0, u"7BDFB5CF-0286-4DD3-86B8-3F4693D884B6", MakeMergeFilter},
+    {209, u"StencilPoster", 3, u"CEF7876C-5BFC-4C45-87D3-571D1A054341", MakeMergeFilter},
+    {216, u"ColorExplosion", 0, u"08BBDBFF-D6D4-4D99-ABE3-5DB51791E93D", MakeMergeFilter},
+    {217, u"BlueExplosion", 0, u"E4A02F88-E89C-49DE-B7CA-7077B14C405B", MakeMergeFilter},
+    {225, u"OldFilm", 1, u"86E25BC7-5648-4F64-A11A-D4FDD8811C73", MakeMergeFilter},
+    {241, u"Shine1", 0, u"7D5D849B-7D6F-4AA4-8608-93BE275B13CA", MakeMergeFilter},
+    {242, u"ShineB", 0, u"F3306558-E276-4727-BEFD-8A450707AAF6", MakeMergeFilter},
+    {251, u"MergeLight", 0, u"8CDD2D69-C501-43FC-B9E0-80E4C0D282DF", MakeMergeFilter},
+    {335, u"LinearLight", 0, u"0982C3A2-CF5E-400B-ACA6-1D3B7269C279", MakeMergeFilter},
+    {338, u"SunSet", 0, u"1CCBFBDD-700C-4D8C-8D7D-E5F9AD05FE44", MakeMergeFilter},
+    {339, u"Vivid", 0, u"78706184-1DF6-40D3-AA56-ECAEF7361785", MakeMergeFilter},
     {140, u"SunFlower", 0, u"3F9B9C6F-89FD-48EA-A5B8-67FE5EF7C428", MakeEngineShell},
-    {340, u"Garden", 0, u"4D4FD078-16C9-4B1F-ABD7-5D128B726DB4", nullptr},
+    {340, u"Garden", 0, u"4D4FD078-16C9-4B1F-ABD7-5D128B726DB4", MakeMergeFilter},
     {141, u"Romantic", 0, u"4924060F-E374-4465-8104-0DA90B9BFC80", MakeEngineShell},
     {142, u"Holiday", 0, u"F4827DB9-323F-437F-BF52-182154FC3F68", MakeEngineShell},
-    {341, u"DanGui", 0, u"9D2FA0F2-5C1F-4D44-825A-224D651B748A", nullptr},
-    {342, u"September", 0, u"10A5273A-D777-4BB1-9C11-39B1BF93D7FB", nullptr},
+    {341, u"DanGui", 0, u"9D2FA0F2-5C1F-4D44-825A-224D651B748A", MakeMergeFilter},
+    {342, u"September", 0, u"10A5273A-D777-4BB1-9C11-39B1BF93D7FB", MakeMergeFilter},
     {143, u"SimpleElegent", 0, u"F2C3BEE6-79F8-4CE6-A74B-F7A1B3323322", MakeEngineShell},
     {144, u"BW_Yellow", 0, u"15F9F5B5-026D-4AB6-AE7D-0D4E1F3AC570", MakeEngineShell},
     {145, u"BW_Noise", 0, u"724558B4-4D8C-459F-9274-159405E02397", MakeEngineShell},
@@ -248,53 +255,53 @@ constexpr EffectRow kRows[] = {
     {152, u"BlueTears", 0, u"CF31D9D0-2E58-4C57-A529-ABD4BE63DB65", MakeEngineShell},
     {153, u"PurpleLove", 0, u"D8AE181F-7B9D-4D96-8615-F70841C66D22", MakeEngineShell},
     {154, u"Aegean", 0, u"11B015DA-D818-4212-8CC7-8DCE378F2D9E", MakeEngineShell},
-    {343, u"Velora_Lomo", 0, u"C79EED55-D8D8-4098-A3C1-0BCB7098BE5B", nullptr},
-    {344, u"Charcoal", 0, u"BA476E58-BBD9-42F9-8003-EDEED3028CD5", nullptr},
-    {345, u"ColorFense", 0, u"FD83E676-04A6-43E0-8BD5-FC003099DBF4", nullptr},
+    {343, u"Velora_Lomo", 0, u"C79EED55-D8D8-4098-A3C1-0BCB7098BE5B", MakeMergeFilter},
+    {344, u"Charcoal", 0, u"BA476E58-BBD9-42F9-8003-EDEED3028CD5", MakeMergeFilter},
+    {345, u"ColorFense", 0, u"FD83E676-04A6-43E0-8BD5-FC003099DBF4", MakeMergeFilter},
     {155, u"Shadow", 0, u"345CD6D4-8F4E-4571-BA5D-F8095096B116", MakeEngineShell},
     {156, u"Wash", 0, u"2D7A7F75-869E-4C0C-A5DB-D7A582F4D0BF", MakeEngineShell},
     {157, u"Comic", 0, u"DD448248-E2AD-4E7F-AE71-6BFB969C2DF8", MakeEngineShell},
-    {346, u"FocusColor", 2, u"F21C058F-DF24-49C5-BB82-A430248650FC", nullptr},
-    {347, u"Radio Explike FX", 0, u"BAC70B89-219F-4966-B712-06F945060E98", nullptr},
-    {348, u"QK_OLD_PHOTO", 0, u"9A635149-DA48-4CBF-899A-090FD8DA98DE", nullptr},
+    {346, u"FocusColor", 2, u"F21C058F-DF24-49C5-BB82-A430248650FC", MakeMergeFilter},
+    {347, u"Radio Explike FX", 0, u"BAC70B89-219F-4966-B712-06F945060E98", MakeMergeFilter},
+    {348, u"QK_OLD_PHOTO", 0, u"9A635149-DA48-4CBF-899A-090FD8DA98DE", MakeMergeFilter},
     {158, u"Rainbow", 0, u"1242CE5F-C3B6-4875-9160-72C98FB890D4", MakeEngineShell},
     {159, u"Aibao", 0, u"C8CC2163-9085-4939-8B18-8E39CECEBD04", MakeEngineShell},
     {160, u"Rainbow2", 0, u"4BA66C41-EEEE-4136-8695-2EA86435E176", MakeEngineShell},
-    {349, u"Canvas", 0, u"0ED930ED-40B3-4292-A44E-70169952C45D", nullptr},
-    {350, u"Classic", 0, u"EEB2A36B-0ACD-4C0B-85F9-06B714C93138", nullptr},
+    {349, u"Canvas", 0, u"0ED930ED-40B3-4292-A44E-70169952C45D", MakeMergeFilter},
+    {350, u"Classic", 0, u"EEB2A36B-0ACD-4C0B-85F9-06B714C93138", MakeMergeFilter},
     {161, u"Jigsaw_A", 0, u"50942937-CF4A-4CF6-9EB9-E39F58A229EE", MakeEngineShell},
     {162, u"Jigsaw_B", 0, u"8C572C55-0EB5-48DE-BA85-FF491BAFFA1F", MakeEngineShell},
     {163, u"Jigsaw_C", 0, u"C4CD47E7-4147-443D-8A43-2F6B7E2A9ABA", MakeEngineShell},
     {164, u"Jigsaw_D", 0, u"DE0F7CEB-70E9-4A42-A9CD-3D59DBFB7295", MakeEngineShell},
     {165, u"Jigsaw_E", 0, u"A23AD469-21C8-427D-9DE2-3E7678988AB9", MakeEngineShell},
     {166, u"Jigsaw_F", 0, u"4E2CE892-16EA-4BCC-84AD-D761E9F114AF", MakeEngineShell},
-    {243, u"Raindrop", 0, u"2EBA74E4-D573-47D9-8E43-A6E2A2176AED", nullptr},
+    {243, u"Raindrop", 0, u"2EBA74E4-D573-47D9-8E43-A6E2A2176AED", MakeMergeFilter},
     {167, u"VignetteRadius", 1, u"7CDDB798-98E2-4B34-8C41-61348A63ACEB", MakeEngineShell},
-    {221, u"MergeStar", 0, u"5B499F59-5430-453E-AE76-58C5EF0ED671", nullptr},
+    {221, u"MergeStar", 0, u"5B499F59-5430-453E-AE76-58C5EF0ED671", MakeMergeFilter},
     {168, u"Bad_TVSignal", 0, u"43DE9B07-DB62-48B6-8BF3-3533BD481866", MakeEngineShell},
     {169, u"Kaleidoscope", 0, u"AB8265F1-0586-4941-9117-3F2C7B4B5E9F", MakeEngineShell},
-    {332, u"LinearBurn", 3, u"D249F99F-B343-49E5-A94E-520BC20CC0F4", nullptr},
-    {330, u"BurntPaper", 0, u"F882C932-1F84-44C6-9413-2843B7CB065F", nullptr},
-    {321, u"MergeLinear", 1, u"FEABF340-0388-4666-9171-198A2057BC16", nullptr},
-    {313, u"SoftLight", 0, u"DC7C00ED-5C3B-45F3-B5DF-B206CCAFF561", nullptr},
-    {294, u"Screen", 0, u"DDBB3A06-A424-461D-82D7-240DE4B87F44", nullptr},
-    {254, u"Dark", 0, u"4890B97E-3E84-4ABA-82F1-B43E28420CD1", nullptr},
-    {280, u"VignetteWhite", 0, u"DB90B5EB-97B5-4534-BDC9-3DDB8058AF25", nullptr},
-    {362, u"GrungRay", 0, u"D55857A5-5C5F-4A6F-97BC-5B07C8A65084", nullptr},
+    {332, u"LinearBurn", 3, u"D249F99F-B343-49E5-A94E-520BC20CC0F4", MakeMergeFilter},
+    {330, u"BurntPaper", 0, u"F882C932-1F84-44C6-9413-2843B7CB065F", MakeMergeFilter},
+    {321, u"MergeLinear", 1, u"FEABF340-0388-4666-9171-198A2057BC16", MakeMergeFilter},
+    {313, u"SoftLight", 0, u"DC7C00ED-5C3B-45F3-B5DF-B206CCAFF561", MakeMergeFilter},
+    {294, u"Screen", 0, u"DDBB3A06-A424-461D-82D7-240DE4B87F44", MakeMergeFilter},
+    {254, u"Dark", 0, u"4890B97E-3E84-4ABA-82F1-B43E28420CD1", MakeMergeFilter},
+    {280, u"VignetteWhite", 0, u"DB90B5EB-97B5-4534-BDC9-3DDB8058AF25", MakeMergeFilter},
+    {362, u"GrungRay", 0, u"D55857A5-5C5F-4A6F-97BC-5B07C8A65084", MakeGrungeRay},
     {363, u"CoolBlue", 0, u"CEB61355-A090-4F80-9FE2-176D7513CC70", Make<CCoolBlue>},
-    {351, u"Sight", 0, u"708FB65C-F674-4E58-AF6E-43A63C493DEE", nullptr},
-    {354, u"Concert", 0, u"2B71A976-45BF-4ABA-A071-BA3C32AA6781", nullptr},
-    {355, u"NightGlassView", 0, u"219201EC-AB4A-4F0E-8DDD-DCA475CC9813", nullptr},
-    {356, u"Camcorder", 0, u"72B1B3A9-6027-4AE1-B9E3-AF93935ACF8D", nullptr},
+    {351, u"Sight", 0, u"708FB65C-F674-4E58-AF6E-43A63C493DEE", Make<CSightFilter>},
+    {354, u"Concert", 0, u"2B71A976-45BF-4ABA-A071-BA3C32AA6781", MakeAspectMergeFilter},
+    {355, u"NightGlassView", 0, u"219201EC-AB4A-4F0E-8DDD-DCA475CC9813", Make<CNightGlassViewFilter>},
+    {356, u"Camcorder", 0, u"72B1B3A9-6027-4AE1-B9E3-AF93935ACF8D", Make<CCamRecorderFilter>},
     {366, u"SplitMove", 0, u"BA3EB1BC-782C-4882-BABE-D09A5558FD8F", Make<CSplitMoveFilter>},
     {367, u"TwoSplitMove", 0, u"F51B02DE-E592-4602-9B6A-CC5AF6B01EB6", Make<CTwoSplitMoveFilter>},
     {368, u"ThreeSplitMoveT2B", 0, u"112C6FF3-FD1C-4DF7-9E22-4022C75666EC", Make<CThreeSplitMoveFilterTop2Bottom>},
     {369, u"TwoSplitLeftFadeIn", 0, u"717037B6-7584-4973-85D5-E07807782D1C", Make<CTwoSplitLeftFadeInFilter>},
     {370, u"TwoSplitRightFadeIn", 0, u"BC5BA979-5152-4F5A-9C76-61B90B2BF015", Make<CTwoSplitRightFadeInFilter>},
-    {357, u"LightWithBlue", 0, u"FAA3B69D-5087-4570-B6D5-FEE6D328E36F", nullptr},
-    {358, u"LightWithGreen", 0, u"5C1A227F-2166-4B86-ABAF-CEF59D654DA0", nullptr},
-    {359, u"LightWithRed", 0, u"D450496C-F528-4042-A4C2-BDC4AFBCF7CD", nullptr},
-    {360, u"LightWithAdaptive", 3, u"C55E9ACC-970C-46EA-A4AF-780C4F2045A2", nullptr},
+    {357, u"LightWithBlue", 0, u"FAA3B69D-5087-4570-B6D5-FEE6D328E36F", MakeMergeFilterWithLight},
+    {358, u"LightWithGreen", 0, u"5C1A227F-2166-4B86-ABAF-CEF59D654DA0", MakeMergeFilterWithLight},
+    {359, u"LightWithRed", 0, u"D450496C-F528-4042-A4C2-BDC4AFBCF7CD", MakeMergeFilterWithLight},
+    {360, u"LightWithAdaptive", 3, u"C55E9ACC-970C-46EA-A4AF-780C4F2045A2", MakeMergeFilterWithLight},
     {1374, u"BGFPureGaussian", 4, u"38E74867-450B-4E37-8A4E-8FFD22956310", Make<BGFPureGaussian>},
     {1375, u"BGFThreeD", 4, u"666BF38E-E147-4FB4-A9B5-621428522E5F", Make<BGFThreeD>},
     {1376, u"BGFWave", 4, u"87690E4D-561B-4A1B-80CB-48793E43C361", Make<BGFWave>},
@@ -326,10 +333,10 @@ constexpr EffectRow kRows[] = {
     {84, nullptr, 0, nullptr, MakeEngineShell},
     {93, nullptr, 0, nullptr, MakeEngineShell},
     {170, nullptr, 0, nullptr, MakeEngineShell},
-    {208, nullptr, 0, nullptr, nullptr},
-    {210, nullptr, 0, nullptr, nullptr},
-    {352, nullptr, 0, nullptr, nullptr},
-    {353, nullptr, 0, nullptr, nullptr},
+    {208, nullptr, 0, nullptr, MakeMergeFilter},
+    {210, nullptr, 0, nullptr, MakeMergeFilter},
+    {352, nullptr, 0, nullptr, MakeAspectMergeFilter},
+    {353, nullptr, 0, nullptr, MakeAspectMergeFilter},
     {1382, nullptr, 0, nullptr, Make<BGFBrick>},
 };
 // clang-format on

@@ -1,0 +1,36 @@
+#include "AspectOverlay.h"
+
+#include <utility>
+
+#include "files.h"
+#include "material_path.h"
+
+namespace {
+
+// Only an exact 16:9 counts: 1366 by 768 does not.
+bool IsWide(int32_t width, int32_t height) {
+  return static_cast<double>(width) / static_cast<double>(height) == 1.7777777777777777;
+}
+
+}  // namespace
+
+AspectOverlay::AspectOverlay(std::u16string wideFile, std::u16string narrowFile)
+    : wideFile_(std::move(wideFile)), narrowFile_(std::move(narrowFile)) {}
+
+const uint8_t* AspectOverlay::PictureFor(int32_t width, int32_t height) {
+  const bool wide = IsWide(width, height);
+  ImageHandle& decoded = wide ? wideImage_ : narrowImage_;
+  if (!decoded) {
+    decoded.reset(QK_ImageCreate());
+    const std::u16string path = MergeImageDir() + (wide ? wideFile_ : narrowFile_);
+    // The handle stays: the file is not looked for again.
+    if (!FileExists(path)) return nullptr;
+    QK_ImageLoad(decoded.get(), path);
+  }
+  if (!frameImage_) frameImage_.reset(QK_ImageCreate());
+  if (QK_ImageWidth(frameImage_.get()) != width || QK_ImageHeight(frameImage_.get()) != height) {
+    QK_ImageAlloc(frameImage_.get(), width, height, 32);
+    QK_ImageStretch(decoded.get(), frameImage_.get(), 2);
+  }
+  return QK_ImageBits(frameImage_.get());
+}

@@ -1,0 +1,109 @@
+#include "MergeFilterWithLight.h"
+
+#include <array>
+#include <mutex>
+
+#include "frame.h"
+#include "numeric.h"
+
+namespace {
+
+using ByteTable = std::array<uint8_t, 256>;
+
+// The spelling is meant: hosts and catalogues know the parameters so.
+constexpr ParamRow kAdaptiveParams[] = {
+    {u"ColorLevleMin", 0, 0, 255}, {u"ColorLevleMax", 0, 0, 255}, {u"AdustConstarst", 0, -127, 127}};
+
+constexpr int32_t kFirstId = 357;
+constexpr int32_t kNoLevel = INT32_MIN;  // what no parameter has: the first frame builds the levels
+constexpr double kLastContrast = 30;     // never moves on, so that only this contrast leaves the table as it is
+
+// One pair of tables for all objects of the process: an object that has nothing to rebuild takes what another one
+// built. Until a contrast other than the last one comes, the contrast table is black.
+std::mutex g_tableLock;
+ByteTable g_levels{};
+ByteTable g_contrast{};
+
+// The parabola through (0, 0), (255, 255) and (510, 0): -x * x / 255 + 2 * x, cut to an integer.
+constexpr ByteTable MakeLightTable() {
+  ByteTable table{};
+  for (int32_t x = 0; x < 256; ++x) table[static_cast<size_t>(x)] = static_cast<uint8_t>((510 * x - x * x) / 255);
+  return table;
+}
+constexpr ByteTable kLightTable = MakeLightTable();
+
+ByteTable LevelsTable(int32_t low, int32_t high) {
+  const double slope = WrapSub(high, low) / 255.0;
+  ByteTable table;
+  for (int32_t i = 0; i < 256; ++i) table[static_cast<size_t>(i)] = TruncByte(i * slope + low);
+  return table;
+}
+
+ByteTable ContrastTable(int32_t c) {
+  ByteTable table;
+  for (int32_t i = 0; i < 256; ++i) {
+    const int32_t v = i < 128 ? WrapSub(i, WrapMul(c, 128 - i) >> 8) : WrapAdd(i, WrapMul(c, i - 128) >> 8);
+    table[static_cast<size_t>(i)] = static_cast<uint8_t>(ClampInt(v, 0, 255));
+  }
+  return table;
+}
+
+void LiftChannel(ConstFrameView src, FrameView dst, int channel) {
+  for (int32_t y = 0; y < dst.height; ++y) {
+    const uint8_t* in = src.Row(y);
+    uint8_t* out = dst.Row(y);
+    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4) {
+      const uint8_t lifted = kLightTable[in[channel]];
+      for (int c = 0; c < 3; ++c) out[c] = in[c];
+      out[channel] = lifted;
+      out[3] = 255;
+    }
+  }
+}
+
+void MapColors(ConstFrameView src, FrameView dst, const ByteTable& table) {
+  for (int32_t y = 0; y < dst.height; ++y) {
+    const uint8_t* in = src.Row(y);
+    uint8_t* out = dst.Row(y);
+    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4) {
+      for (int c = 0; c < 3; ++c) out[c] = table[in[c]];
+      out[3] = 255;
+    }
+  }
+}
+
+}  // namespace
+
+CMergeFilterWithLight::CMergeFilterWithLight(int32_t width, int32_t height, LightMode mode)
+    : CBaseFilterProc(width, height), mode_(mode), levelMin_(kNoLevel), levelMax_(kNoLevel) {}
+
+void CMergeFilterWithLight::GetParamDesc(FilterParamDesc* desc, int32_t index) {
+  if (mode_ == LightMode::kAdaptive) DescribeParam(desc, index, kAdaptiveParams, {35, 230, 50});
+}
+
+void CMergeFilterWithLight::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep,
+                                    const ParamValueArray* params) {
+  if (!src || !dst) return;
+  const ConstFrameView in{src, width, height, srcStep};
+  const FrameView out{dst, width, height, dstStep};
+  if (mode_ != LightMode::kAdaptive) return LiftChannel(in, out, static_cast<int>(mode_));
+
+  ByteTable both;
+  {
+    const std::lock_guard lock(g_tableLock);
+    if (Param(params, 1) != levelMin_ || Param(params, 2) != levelMax_) {
+      levelMin_ = Trunc32(Param(params, 1));
+      levelMax_ = Trunc32(Param(params, 2));
+      g_levels = LevelsTable(levelMin_, levelMax_);
+    }
+    if (Param(params, 3) != kLastContrast) g_contrast = ContrastTable(Trunc32(Param(params, 3)));
+    for (size_t i = 0; i < both.size(); ++i) both[i] = g_contrast[g_levels[i]];
+  }
+  MapColors(in, out, both);
+}
+
+CBaseFilterProc* MakeMergeFilterWithLight(int32_t id, int32_t width, int32_t height) {
+  const int32_t mode = id - kFirstId;
+  if (mode < 0 || mode > static_cast<int32_t>(LightMode::kAdaptive)) return nullptr;
+  return new CMergeFilterWithLight(width, height, static_cast<LightMode>(mode));
+}

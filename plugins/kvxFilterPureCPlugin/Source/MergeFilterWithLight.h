@@ -1,0 +1,26 @@
+// Light in one colour channel, or levels and contrast in all three. Works on the frame alone.
+#ifndef KVX_SOURCE_MERGE_FILTER_WITH_LIGHT_H_
+#define KVX_SOURCE_MERGE_FILTER_WITH_LIGHT_H_
+
+#include <cstdint>
+
+#include "kvx/processor.h"
+
+enum class LightMode { kBlue, kGreen, kRed, kAdaptive };
+
+class CMergeFilterWithLight : public CBaseFilterProc {
+ public:
+  CMergeFilterWithLight(int32_t width, int32_t height, LightMode mode);
+  void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
+  void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
+
+ private:
+  LightMode mode_;
+  int32_t levelMin_;
+  int32_t levelMax_;
+};
+
+// The light effect with this id; null for an id that has none.
+CBaseFilterProc* MakeMergeFilterWithLight(int32_t id, int32_t width, int32_t height);
+
+#endif  // KVX_SOURCE_MERGE_FILTER_WITH_LIGHT_H_

@@ -1,0 +1,13 @@
+#include "NightGlassViewFilter.h"
+
+// The caller's source comes back green: meant.
+void CNightGlassViewFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep,
+                                    const ParamValueArray*) {
+  if (!src || !dst) return;
+  const uint8_t* picture = overlay_.PictureFor(width, height);
+  if (!picture) return;
+  DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, 1.0f, [](uint32_t pixel) {
+    const uint32_t gray = ThirdOf(pixel);
+    return (pixel & 0xFF000000) | gray / 3 * 0x010001 | gray << 8;
+  });
+}

@@ -1,0 +1,10 @@
+#include "SightFilter.h"
+
+// The caller's source comes back grey: meant.
+void CSightFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray*) {
+  if (!src || !dst) return;
+  const uint8_t* picture = overlay_.PictureFor(width, height);
+  if (!picture) return;
+  DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, 1.0f,
+              [](uint32_t pixel) { return (pixel & 0xFF000000) | ThirdOf(pixel) * 0x010101; });
+}

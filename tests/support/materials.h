@@ -1,0 +1,40 @@
+// Material directories for tests.
+#ifndef KVX_TESTS_SUPPORT_MATERIALS_H_
+#define KVX_TESTS_SUPPORT_MATERIALS_H_
+
+#include <string>
+
+#include "fake_host.h"
+#include "kvx/exports.h"
+#include "picture.h"
+#include "text.h"
+
+// The material directory for the length of a test: empty at first, and none at all afterwards.
+class TemporaryMaterials {
+ public:
+  TemporaryMaterials() { SetMergeImagePath(WidenUtf8(directory_.Path().string())->c_str()); }
+  ~TemporaryMaterials() { SetMergeImagePath(nullptr); }
+
+  std::string Directory() const { return (directory_.Path() / "Merge").string(); }
+  void Write(const std::string& name, const std::string& content) const { directory_.Write("Merge/" + name, content); }
+  void Write(const std::string& name, const Picture& picture) const {
+    Write(name, name.ends_with(".png") ? EncodePng(picture) : EncodeJpeg(picture));
+  }
+
+ private:
+  const TemporaryDirectory directory_;
+};
+
+// Every pixel the same.
+inline Picture PlainPicture(int32_t width, int32_t height, uint8_t b, uint8_t g, uint8_t r, uint8_t a) {
+  Picture picture(width, height);
+  for (size_t i = 0; i < picture.pixels.size(); i += 4) {
+    picture.pixels[i] = b;
+    picture.pixels[i + 1] = g;
+    picture.pixels[i + 2] = r;
+    picture.pixels[i + 3] = a;
+  }
+  return picture;
+}
+
+#endif  // KVX_TESTS_SUPPORT_MATERIALS_H_
