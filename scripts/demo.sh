@@ -1,5 +1,6 @@
 #!/bin/sh
-# Usage: scripts/demo.sh [INPUT]. Builds, then renders every effect of the demo picture, or of INPUT, into out/.
+# Usage: scripts/demo.sh [INPUT]. Builds, then renders every effect of the demo picture, or of INPUT (a picture or a
+# video), into out/: a contact sheet, a picture per effect, a web page, and of a video a clip through some effects.
 set -eu
 input=${1:-demo}
 case $input in demo | /*) ;; *) input=$PWD/$input ;; esac
@@ -9,5 +10,12 @@ cmake --preset release -DKVX_BUILD_TESTS=OFF -DKVX_BUILD_BENCHMARKS=OFF >/dev/nu
 cmake --build --preset release
 mkdir -p out
 ./build/release/bin/kvx contact-sheet --each out/effects "$input" out/contact-sheet.png
+./build/release/bin/kvx gallery "$input" -o out/gallery
+case $input in
+  *.mp4 | *.mov | *.mkv | *.webm | *.avi | *.m4v)
+    ./build/release/bin/kvx render --overwrite -e Warm -e FilmGrain -e Vignette2 "$input" out/clip.mp4
+    echo "the clip as an old film:    out/clip.mp4" ;;
+esac
 echo "all effects on one picture: out/contact-sheet.png"
 echo "one picture per effect:     out/effects/"
+echo "the same as a web page:     out/gallery/index.html"

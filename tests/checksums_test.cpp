@@ -1,5 +1,5 @@
-// The bytes of every effect, held as checksums: a later change that moves one is seen. The same under every vector target of
-// the machine. `scripts/renew_checksums.sh` writes the file anew.
+// The bytes of every effect, held as checksums: a later change that moves one is seen. The same under every vector
+// target of the machine. `scripts/renew_checksums.sh` writes the file anew.
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
@@ -53,7 +53,9 @@ uint64_t ChecksumOf(int32_t id) {
 }
 
 // Effects whose process-wide state goes on from whatever ran before: a second round in one process differs.
-bool GoesOn(int32_t id) { return id == 52 || id == 72 || id == 73 || id == 356 || id == 360 || id == 1386; }
+bool GoesOn(int32_t id) {
+  return id == 52 || id == 72 || id == 73 || id == 356 || id == 360 || id == 1386;
+}
 
 std::map<int32_t, uint64_t> AllChecksums() {
   std::map<int32_t, uint64_t> sums;

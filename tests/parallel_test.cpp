@@ -1,5 +1,5 @@
-// Effect objects of every id, two at a time on two threads. Under the thread sanitizer this shows every unguarded word that
-// they share.
+// Effect objects of every id, two at a time on two threads. Under the thread sanitizer this shows every unguarded word
+// that they share.
 #include <gtest/gtest.h>
 
 #include <barrier>
@@ -19,7 +19,8 @@ TEST(Parallel, TwoObjectsOfEveryEffectAtOnce) {
       FrameBuffer src(61, 33), dst(61, 33);
       src.FillTestPicture(seed);
       start.arrive_and_wait();
-      for (int32_t frame = 0; frame < 4; ++frame) RunFrame(*processor, src, dst, Values(row.id, {40, 30, 20, 10}), frame, 60);
+      for (int32_t frame = 0; frame < 4; ++frame)
+        RunFrame(*processor, src, dst, Values(row.id, {40, 30, 20, 10}), frame, 60);
     };
     std::thread other(work, 1);
     work(2);

@@ -1,4 +1,5 @@
-// What a viewer sees through a device: gun sight, night glass, camera finder. Alpha says how much of it hides the frame.
+// What a viewer sees through a device: gun sight, night glass, camera finder. Alpha says how much of it hides the
+// frame.
 #include "materials.h"
 
 namespace {

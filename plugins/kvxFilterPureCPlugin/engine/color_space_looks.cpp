@@ -83,6 +83,13 @@ int32_t LabTone(EngineRecord& record, const EngineImage& image) {
     }
     return curve;
   }();
+  // The library fills its Lab tables on first use and does not lock: one thread must have been through alone.
+  [[maybe_unused]] static const bool kTablesFilled = [] {
+    cv::Mat pixel(1, 1, CV_8UC3, cv::Scalar::all(0));
+    cv::cvtColor(pixel, pixel, cv::COLOR_BGR2Lab);
+    cv::cvtColor(pixel, pixel, cv::COLOR_Lab2BGR);
+    return true;
+  }();
   // A few rows at a time, so that they stay in the cache between the conversions.
   const int32_t bandRows = std::clamp(16384 / image.width, 1, image.height);
   uint8_t* bgrBytes = EnsureWorkCopy(record, bandRows * image.width * 3);
