@@ -7,7 +7,7 @@ command -v chromedriver >/dev/null && command -v chromium >/dev/null && command 
 work=$(mktemp -d)
 port=$((20000 + $$ % 20000))
 # The browser outlives a driver that is stopped while a session is open.
-trap 'kill $driver 2>/dev/null; pkill -f -- "$work/profile" 2>/dev/null; sleep 0.5; rm -rf "$work"' EXIT
+trap 'kill $driver 2>/dev/null || true; pkill -f -- "$work/profile" 2>/dev/null || true; sleep 0.5; rm -rf "$work"' EXIT
 "$kvx" gallery demo -o "$work/gallery" --width 96
 chromedriver --port=$port >"$work/driver.log" 2>&1 &
 driver=$!
