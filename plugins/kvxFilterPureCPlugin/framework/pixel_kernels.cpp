@@ -119,6 +119,10 @@ void SaturateRow(const uint8_t* src, uint8_t* dst, int32_t count, const Saturati
     const auto rgb = hn::Or(channel(b0), hn::Or(hn::ShiftLeft<8>(channel(b1)), hn::ShiftLeft<16>(channel(b2))));
     StorePixels(hn::Or(rgb, hn::And(word, alphaMask)), d, dst + 4 * x);
   }
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
+  // GCC 12 leaves it out here, and the doubles of all later code would run at half their speed.
+  _mm256_zeroupper();
+#endif
   SaturateRowScalar(src + 4 * x, dst + 4 * x, count - x, weights);
 }
 
