@@ -3,11 +3,11 @@
 #include <cmath>
 #include <cstring>
 
+#include "color_tone.h"
 #include "curve.h"
 #include "engine_internal.h"
 #include "numeric.h"
 #include "pixel_kernels.h"
-#include "sine_contrast.h"
 
 namespace {
 
@@ -94,15 +94,8 @@ int32_t Solarize(EngineRecord&, const EngineImage& image) {
 int32_t Temperature(EngineRecord& record, const EngineImage& image) {
   static constexpr int32_t kLevels[] = {10, 30, 65, 80};
   record.level = kLevels[record.code - 25];
-  const int32_t d = (record.level - 50) * 3;
-  const int32_t e = d >> 1;
-  Curve blue, green, red;
-  for (int32_t i = 0; i < 256; ++i) {
-    blue[i] = Clamp(i - d);
-    green[i] = Clamp(i - e);
-    red[i] = Clamp(i + d);
-  }
-  MapChannels(image, blue.data(), green.data(), red.data());
+  const CurveSet set = TemperatureCurves(record.level);
+  MapChannels(image, set.blue.data(), set.green.data(), set.red.data());
   return kEngineDone;
 }
 
@@ -202,10 +195,12 @@ struct CurveLook {
   CurveKnots red;
 };
 
+constexpr CurveLook kCrossProcess = {52, {60, 97, 148, 186, 209}, {0, 88, 184, 236, 255}, {0, 51, 194, 254, 255}};
+
 constexpr CurveLook kCurveLooks[] = {
     {49, {105, 151, 218, 254, 255}, {25, 101, 174, 228, 249}, {25, 90, 178, 224, 235}},
     {51, {0, 41, 86, 175, 229}, {0, 59, 121, 191, 250}, {0, 76, 161, 211, 255}},
-    {52, {60, 97, 148, 186, 209}, {0, 88, 184, 236, 255}, {0, 51, 194, 254, 255}},
+    kCrossProcess,
     {53, {57, 96, 135, 164, 192}, {21, 78, 131, 189, 243}, {0, 60, 146, 220, 255}},
     {55, {114, 114, 128, 204, 253}, {0, 52, 128, 204, 236}, {0, 52, 128, 186, 187}},
     {67, {69, 69, 92, 114, 122}, {36, 67, 137, 180, 192}, {43, 132, 210, 243, 254}},
@@ -242,6 +237,22 @@ int32_t MapCurves(EngineRecord& record, const EngineImage& image) {
 }
 
 }  // namespace
+
+CurveSet TemperatureCurves(int32_t level) {
+  const int32_t d = (level - 50) * 3;
+  const int32_t e = d >> 1;
+  CurveSet set;
+  for (int32_t i = 0; i < 256; ++i) {
+    set.blue[i] = Clamp(i - d);
+    set.green[i] = Clamp(i - e);
+    set.red[i] = Clamp(i + d);
+  }
+  return set;
+}
+
+CurveSet CrossProcessCurves() {
+  return MakeCurveSet(kCrossProcess);
+}
 
 void SineContrast(const EngineImage& image, int32_t n) {
   // These digits, not pi: with the exact half of pi the top entry would wrap to 0.

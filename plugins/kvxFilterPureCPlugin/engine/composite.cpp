@@ -4,11 +4,11 @@
 #include <cstdlib>
 
 #include "blends.h"
+#include "color_tone.h"
 #include "composite_looks.h"
 #include "curve.h"
 #include "engine_internal.h"
 #include "numeric.h"
-#include "sine_contrast.h"
 
 namespace {
 
@@ -17,24 +17,11 @@ EngineImage Columns(const EngineImage& image, int32_t begin, int32_t end) {
   return MakeEngineImage(image.pixels + 4 * static_cast<ptrdiff_t>(begin), end - begin, image.height, image.stepBytes);
 }
 
-CurveSet TemperatureCurves(int32_t level) {
-  const int32_t d = (level - 50) * 3;
-  const int32_t e = d >> 1;
-  CurveSet set;
-  for (int32_t i = 0; i < 256; ++i) {
-    set.blue[i] = Clamp(i - d);
-    set.green[i] = Clamp(i - e);
-    set.red[i] = Clamp(i + d);
-  }
-  return set;
-}
-
 // Four vertical strips, a black gap after each of the first three. What is left of the width after four equal strips
 // stays.
 int32_t FourSeasons(EngineRecord&, const EngineImage& image) {
   static const CurveSet kStrips[] = {
-      {MakeCurve(CurveKnots{60, 97, 148, 186, 209}), MakeCurve(CurveKnots{0, 88, 184, 236, 255}),
-       MakeCurve(CurveKnots{0, 51, 194, 254, 255})},  // the cross process curves
+      CrossProcessCurves(),
       {MakeCurve(CurveKnots{0, 45, 94, 153, 254}), MakeCurve(CurveKnots{0, 77, 134, 193, 255}),
        MakeCurve(CurveKnots{0, 31, 56, 199, 255})},
       TemperatureCurves(65),

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include "color_tone.h"
 #include "pixel_rows.h"
-#include "sine_contrast.h"
 #include "warp_routines.h"
 
 namespace {

@@ -1,0 +1,17 @@
+// Tone steps of the colour looks that composite looks use again.
+#ifndef KVX_ENGINE_COLOR_TONE_H_
+#define KVX_ENGINE_COLOR_TONE_H_
+
+#include "curve.h"
+#include "engine.h"
+
+// B, G and R through a sine around 128; `n` is clamped to 0..100.
+void SineContrast(const EngineImage& image, int32_t n);
+
+// Warmer above 50, colder below.
+CurveSet TemperatureCurves(int32_t level);
+
+// The curves of the cross process look.
+CurveSet CrossProcessCurves();
+
+#endif  // KVX_ENGINE_COLOR_TONE_H_
