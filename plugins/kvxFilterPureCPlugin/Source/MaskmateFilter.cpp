@@ -40,7 +40,7 @@ CMaskmateFilter::CMaskmateFilter(int32_t width, int32_t height)
 
 void CMaskmateFilter::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kMaskmateParams, {left_ * 100, right_ * 100, top_ * 100, bottom_ * 100, blur_ * 100});
-  if (index == kBlurDepth) desc->index = kBlurDepth - 1;  // says 3, like the parameter before it
+  if (desc && index == kBlurDepth) desc->index = kBlurDepth - 1;  // says 3, like the parameter before it
 }
 
 void CMaskmateFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep,

@@ -213,7 +213,8 @@ int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight
   // A processor reads its source as if it had the destination's size. A smaller one is continued with its last row, so
   // that nothing is read behind it; what lies within is read as it came.
   const size_t given = srcHeight > 0 && srcStep > 0 ? static_cast<size_t>(srcStep) * static_cast<size_t>(srcHeight) : 0;
-  const size_t wanted = static_cast<size_t>(std::max(srcStep, dstWidth * 4)) * static_cast<size_t>(dstHeight);
+  const int32_t step = given > 0 ? srcStep : dstWidth * 4;
+  const size_t wanted = static_cast<size_t>(std::max(step, dstWidth * 4)) * static_cast<size_t>(dstHeight);
   uint8_t* frame = src;
   if (given < wanted) {
     paddedSource_.assign(wanted, 0);
@@ -225,7 +226,7 @@ int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight
     frame = paddedSource_.data();
   }
 
-  RunProcessor(frame, dst, srcStep, dstStep, GatherValues());
+  RunProcessor(frame, dst, step, dstStep, GatherValues());
 
   int32_t alpha = 255;
   NLEParamValue value;
