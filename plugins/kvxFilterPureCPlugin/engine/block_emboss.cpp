@@ -20,10 +20,14 @@ uint32_t PixelWord(const EngineImage& image, int32_t x, int32_t y) {
 // The block takes one colour. A row of it that is longer than what is left of the frame's row runs on into the next
 // row, but not beyond the frame.
 void FillBlock(const EngineImage& image, int32_t x, int32_t y, int32_t width, int32_t height, uint32_t word) {
-  const uint8_t* end = image.Row(image.height - 1) + 4 * image.width;
+  const auto fill = [&](int32_t row, int32_t from, int32_t to) {
+    uint8_t* p = image.Row(row);
+    for (int32_t i = from; i < to; ++i) std::memcpy(p + 4 * i, &word, 4);
+  };
+  const int32_t over = std::clamp(x + width - image.width, 0, image.width);
   for (int32_t row = y; row < y + height; ++row) {
-    uint8_t* p = image.Row(row) + 4 * x;
-    for (int32_t i = 0; i < width && p < end; ++i, p += 4) std::memcpy(p, &word, 4);
+    fill(row, x, std::min(x + width, image.width));
+    if (row + 1 < image.height) fill(row + 1, 0, over);
   }
 }
 
