@@ -164,6 +164,11 @@ TEST(Blocks, MosaicRunsOnAtTheRight) {
   fill(15, 6, 17, 8, src.Word(15, 6));
   ExpectSame(RunEffect(76, src, {640}), expected);  // blocks of 3
 
+  FrameBuffer padded(17, 8, 20);  // runs on into the row below, not into the padding
+  for (int i = 0; i < 17 * 8; ++i) std::memcpy(padded.Pixel(i % 17, i / 17), src.Pixel(i % 17, i / 17), 4);
+  const FrameBuffer stepped = RunEffect(76, padded, {640});
+  for (int i = 0; i < 17 * 8; ++i) EXPECT_EQ(stepped.Word(i % 17, i / 17), expected.Word(i % 17, i / 17)) << i;
+
   FrameBuffer narrow = Picture(16, 7), result = RunEffect(76, narrow, {400});  // blocks of 2
   for (int x = 0; x < 16; ++x) EXPECT_EQ(result.Word(x, 6), narrow.Word(x, 6)) << "a single row stays";
   EXPECT_EQ(result.Word(2, 2), narrow.Word(3, 3));
