@@ -6,16 +6,18 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <opencv2/core/utility.hpp>
-#include <opencv2/imgproc.hpp>
 #include <string>
 #include <vector>
 
 #include "alpha_blend.h"
+#include "bench_host.h"
 #include "effect_table.h"
 #include "kvx/exports.h"
 #include "memory_probe.h"
+#include "opencv_operations.h"
 
 namespace {
 
@@ -76,51 +78,10 @@ void Probe(benchmark::State& state) {
   }
 }
 
-struct CvRow {
-  const char* name;
-  void (*run)(const cv::Mat& src, cv::Mat& dst);
-};
-
-const CvRow kCvRows[] = {
-    {"xor (71)", [](const cv::Mat& src, cv::Mat& dst) { cv::bitwise_xor(src, cv::Scalar(255, 255, 255, 0), dst); }},
-    {"look-up table (25, 27, 28)",
-     [](const cv::Mat& src, cv::Mat& dst) {
-       cv::Mat table(1, 256, CV_8U);
-       for (int i = 0; i < 256; ++i) table.at<uint8_t>(i) = static_cast<uint8_t>(255 - i);
-       cv::LUT(src, table, dst);
-     }},
-    {"colour matrix (26, 41)",
-     [](const cv::Mat& src, cv::Mat& dst) {
-       const cv::Matx44f matrix(.8f, .1f, .1f, 0, .1f, .8f, .1f, 0, .1f, .1f, .8f, 0, 0, 0, 0, 1);
-       cv::transform(src, dst, matrix);
-     }},
-    {"box blur of 21 (17)",
-     [](const cv::Mat& src, cv::Mat& dst) {
-       cv::blur(src, dst, {21, 21});
-     }},
-    {"Gaussian blur of 5",
-     [](const cv::Mat& src, cv::Mat& dst) {
-       cv::GaussianBlur(src, dst, {5, 5}, 0);
-     }},
-    {"3 by 3 filter (12, 171)",
-     [](const cv::Mat& src, cv::Mat& dst) {
-       const cv::Matx33f kernel(0, -1, 0, -1, 5, -1, 0, -1, 0);
-       cv::filter2D(src, dst, -1, kernel);
-     }},
-    {"Sobel (37)", [](const cv::Mat& src, cv::Mat& dst) { cv::Sobel(src, dst, -1, 1, 0); }},
-    {"flip (94)", [](const cv::Mat& src, cv::Mat& dst) { cv::flip(src, dst, 0); }},
-    {"multiply (193 to 205)", [](const cv::Mat& src, cv::Mat& dst) { cv::multiply(src, src, dst, 1.0 / 255); }},
-    {"weighted sum", [](const cv::Mat& src, cv::Mat& dst) { cv::addWeighted(src, 0.3, src, 0.7, 0, dst); }},
-    {"resize to half",
-     [](const cv::Mat& src, cv::Mat& dst) {
-       cv::resize(src, dst, {src.cols / 2, src.rows / 2});
-     }},
-};
-
-void OpenCv(benchmark::State& state, const CvRow& row) {
+void OpenCv(benchmark::State& state, const OpenCvOperation& operation) {
   const cv::Mat src(g_height, g_width, CV_8UC4, const_cast<uint8_t*>(Source().data()));
   cv::Mat dst;
-  for (auto _ : state) row.run(src, dst);
+  for (auto _ : state) operation.run(src, dst);
 }
 
 // Frames in steady state, with the processor's own defaults.
@@ -156,37 +117,107 @@ void Effect(benchmark::State& state, int32_t id) {
   for (auto _ : state) render();
 }
 
-// A table sorted by time instead of the library's list.
+// Point effects that are also timed as a host drives them.
+constexpr int32_t kRoadIds[] = {25, 26, 71, 85, 99};
+
+std::string NameOf(const EffectRow& row) {
+  std::string name = std::to_string(row.id) + " ";
+  for (const char16_t* c = row.name ? row.name : u"(no record)"; *c; ++c) name += static_cast<char>(*c);
+  return name;
+}
+
+// The same effect as a host drives it: values, memory checks, the effect, the blend.
+void WholeRoad(benchmark::State& state, int32_t id) {
+  const EffectPluginInfo* row = nullptr;
+  for (uint32_t i = 0; (row = GetEffectPluginsInfo(i)) && row->effectId != id;) ++i;
+  KVXEffect* effect = nullptr;
+  if (!row || CreateKVXEffect(std::string(row->guid, row->guid + 36).c_str(), 0, &effect) != 0) {
+    state.SkipWithError("not in the catalogue");
+    return;
+  }
+  std::vector<uint8_t> src = Source();
+  std::vector<uint8_t> dst(Bytes());
+  BenchImage input(g_width, g_height, src.data());
+  BenchImage output(g_width, g_height, dst.data());
+  BenchContext context(&input, &output);
+  for (int i = 0; i < 3; ++i) effect->Render(&context);
+  for (auto _ : state) {
+    effect->Prepare(&context);
+    effect->Render(&context);
+  }
+  ReleaseKVXEffect(effect);
+}
+
+const std::string kOpenCvPrefix = "OpenCV ";
+const std::string kRoadPrefix = "whole road ";
+
+// A table sorted by time instead of the library's list, and what it comes to.
 class TableReporter : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context&) override { return true; }
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      if (!run.error_occurred) rows_.emplace_back(run.GetAdjustedRealTime(), run.benchmark_name());
+      if (run.error_occurred || run.run_type != Run::RT_Iteration) continue;
+      const auto [best, first] = times_.try_emplace(run.run_name.function_name, run.GetAdjustedRealTime());
+      best->second = std::min(best->second, run.GetAdjustedRealTime());
     }
   }
   void Finalize() override {
-    double copy = 0;
-    for (const auto& [time, name] : rows_) {
-      if (name.starts_with("memcpy")) copy = time;
-    }
-    std::sort(rows_.rbegin(), rows_.rend());
+    const double copy = TimeOf("memcpy");
+    std::vector<std::pair<double, std::string>> rows;
+    for (const auto& [name, time] : times_) rows.emplace_back(time, name);
+    std::sort(rows.rbegin(), rows.rend());
     std::printf("%10s %10s  %d by %d, one thread\n", "ms", "x memcpy", g_width, g_height);
-    for (const auto& [time, name] : rows_) {
-      std::printf("%10.3f %10.2f  %s\n", time, copy > 0 ? time / copy : 0.0, name.c_str());
-    }
+    for (const auto& [time, name] : rows) std::printf("%10.3f %10.2f  %s\n", time, time / copy, name.c_str());
+    std::erase_if(rows, [](const auto& row) { return !IsEffect(row.second); });
+    if (rows.empty()) return;
+    PrintBesideOpenCv();
+    PrintRoads();
     double logs = 0;
-    int effects = 0;
-    for (const auto& [time, name] : rows_) {
-      if (name.find_first_not_of("0123456789") == 0 || copy <= 0) continue;  // effects begin with their id
-      logs += std::log(time / copy);
-      ++effects;
+    for (const auto& [time, name] : rows) logs += std::log(time / copy);
+    const auto count = static_cast<double>(rows.size());
+    std::printf("\ngeometric mean of %.0f effects: %.2f x memcpy\nslowest:", count, std::exp(logs / count));
+    for (size_t i = 0; i < rows.size() && i < 10; ++i) {
+      std::printf("%s %s %.1f ms", i ? "," : "", rows[i].second.c_str(), rows[i].first);
     }
-    if (effects > 0) std::printf("geometric mean of %d effects: %.2f x memcpy\n", effects, std::exp(logs / effects));
+    std::printf("\n");
   }
 
  private:
-  std::vector<std::pair<double, std::string>> rows_;
+  static bool IsEffect(const std::string& name) { return name.find_first_not_of("0123456789") != 0; }
+
+  // No number if it did not run.
+  double TimeOf(const std::string& name) const {
+    const auto found = times_.find(name);
+    return found == times_.end() ? NAN : found->second;
+  }
+
+  void PrintBesideOpenCv() const {
+    std::vector<std::pair<double, std::string>> rows;
+    for (const OpenCvOperation& operation : OpenCvOperations()) {
+      const double theirs = TimeOf(kOpenCvPrefix + operation.name);
+      for (const int32_t id : operation.ids) {
+        const double ours = TimeOf(NameOf(*FindEffectRow(id)));
+        if (!std::isnan(ours / theirs))
+          rows.emplace_back(ours / theirs, NameOf(*FindEffectRow(id)) + ": " + operation.name);
+      }
+    }
+    std::sort(rows.rbegin(), rows.rend());
+    std::printf("\ntime of the effect by that of OpenCV's operation\n");
+    for (const auto& [ratio, name] : rows) std::printf("%10.2f  %s\n", ratio, name.c_str());
+  }
+
+  void PrintRoads() const {
+    const double blend = TimeOf("AlphaBlendFrame");
+    std::printf("\nwhat Prepare and Render add to the effect and the blend\n");
+    for (const int32_t id : kRoadIds) {
+      const double effect = TimeOf(NameOf(*FindEffectRow(id)));
+      const double road = TimeOf(kRoadPrefix + NameOf(*FindEffectRow(id)));
+      std::printf("%9.1f%%  %s\n", (road - effect - blend) / effect * 100, NameOf(*FindEffectRow(id)).c_str());
+    }
+  }
+
+  std::map<std::string, double> times_;
 };
 
 }  // namespace
@@ -202,24 +233,31 @@ int main(int argc, char** argv) {
     ++argv;
     --argc;
   }
-  SetMergeImagePath(KVX_BENCH_MATERIALS);
-  benchmark::RegisterBenchmark("memcpy", Memcpy)->Unit(benchmark::kMillisecond)->MinTime(0.5);
-  benchmark::RegisterBenchmark("AlphaBlendFrame", Blend)->Unit(benchmark::kMillisecond)->MinTime(0.5);
-  benchmark::RegisterBenchmark("memory probe, both images", Probe)->Unit(benchmark::kMillisecond)->MinTime(0.2);
-  for (const CvRow& row : kCvRows) {
-    benchmark::RegisterBenchmark((std::string("OpenCV ") + row.name).c_str(), OpenCv, row)
-        ->Unit(benchmark::kMillisecond)
-        ->MinTime(0.2);
-  }
-  for (const EffectRow& row : EffectRows()) {
-    if (!row.make) continue;
-    std::string name = std::to_string(row.id) + " ";
-    for (const char16_t* c = row.name ? row.name : u"(no record)"; *c; ++c) name += static_cast<char>(*c);
-    benchmark::RegisterBenchmark(name.c_str(), Effect, row.id)->Unit(benchmark::kMillisecond)->MinTime(0.1);
-  }
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  BenchProvider provider;
+  provider.util.root = KVX_BENCH_RESOURCES;
+  HostStartupRecord host{nullptr, &provider};
+  PluginStartupInfo info{};
+  StartupKVX(&host, &info);
+
+  const auto time = [](const std::string& name, auto&&... function) {
+    benchmark::RegisterBenchmark(name.c_str(), function...)->Unit(benchmark::kMillisecond);
+  };
+  time("memcpy", Memcpy);
+  time("AlphaBlendFrame", Blend);
+  time("memory probe, both images", Probe);
+  for (const OpenCvOperation& operation : OpenCvOperations()) time(kOpenCvPrefix + operation.name, OpenCv, operation);
+  for (const EffectRow& row : EffectRows()) time(NameOf(row), Effect, row.id);
+  for (const int32_t id : kRoadIds) time(kRoadPrefix + NameOf(*FindEffectRow(id)), WholeRoad, id);
+  // For each row, unless the command line says otherwise; the quickest repetition counts.
+  char seconds[] = "--benchmark_min_time=0.05";
+  char repetitions[] = "--benchmark_repetitions=3";
+  std::vector<char*> options = {argv[0], seconds, repetitions};
+  options.insert(options.end(), argv + 1, argv + argc);
+  int count = static_cast<int>(options.size());
+  benchmark::Initialize(&count, options.data());
+  if (benchmark::ReportUnrecognizedArguments(count, options.data())) return 1;
   TableReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
+  ShutdownKVX();
   return 0;
 }

@@ -39,7 +39,7 @@ std::vector<Bytes> Rows(size_t size) {
   return {noise, ramp, Bytes(size, 0), Bytes(size, 255)};
 }
 
-constexpr int32_t kLongest = 67;
+constexpr int32_t kLongest = 131;
 constexpr size_t kOffsets = 4;
 
 // `run` gets a source and a destination of `count` pixels; nothing behind them may change.
@@ -114,6 +114,15 @@ TEST(PixelKernels, Blend) {
               [&](auto* src, auto* dst, int32_t n) { BlendRow(dst, src, bottom.data(), n, alpha); });
     });
   }
+}
+
+TEST(PixelKernels, Map) {
+  const Bytes tables = Rows(3 * 256).front();
+  const ByteTables three = {tables.data(), tables.data() + 256, tables.data() + 512};
+  OnEveryTarget([&] {
+    Compare([&](auto* src, auto* dst, int32_t n) { MapRowScalar(src, dst, n, three); },
+            [&](auto* src, auto* dst, int32_t n) { MapRow(src, dst, n, three); });
+  });
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "MergeFilter.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <memory>
 #include <opencv2/core.hpp>
@@ -145,13 +144,11 @@ void CMergeFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
   if (!engine_ || !src || !dst || width <= 0 || height <= 0) return;
   MountMaterial();
   TakeParams(params);
-  const ConstFrameView in{src, width, height, srcStep};
-  const FrameView out{dst, width, height, dstStep};
-  for (int32_t y = 0; y < height; ++y) std::memcpy(out.Row(y), in.Row(y), static_cast<size_t>(width) * 4);
+  const EngineImage from = MakeEngineImage(src, width, height, srcStep);
   const EngineImage frame = MakeEngineImage(dst, width, height, dstStep);
   EngineImage second{};
   if (material_) second = MakeEngineImage(QK_ImageBits(material_.get()), width, height, QK_ImageStep(material_.get()));
-  EngineRun(engine_, &frame, material_ ? &second : nullptr);
+  EngineRunFrom(engine_, from, frame, material_ ? &second : nullptr);
 }
 
 CBaseFilterProc* MakeMergeFilter(int32_t id, int32_t width, int32_t height) {

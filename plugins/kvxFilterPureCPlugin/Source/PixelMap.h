@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "frame.h"
+#include "pixel_kernels.h"
 
 // Every pixel through `pixelOf`, which takes and gives 0xAARRGGBB: byte 0 in the low bits, byte 3 in the high ones.
 template <typename PixelOf>
@@ -28,10 +29,9 @@ using ByteTable = std::array<uint8_t, 256>;
 // Bytes 0, 1 and 2 of every pixel each through a table of its own, byte 3 copied.
 inline void MapBytes(ConstFrameView src, FrameView dst, const ByteTable& table0, const ByteTable& table1,
                      const ByteTable& table2) {
-  MapPixels(src, dst, [&](uint32_t pixel) {
-    return uint32_t{table0[pixel & 255]} | uint32_t{table1[pixel >> 8 & 255]} << 8 |
-           uint32_t{table2[pixel >> 16 & 255]} << 16 | (pixel & 0xFF000000);
-  });
+  for (int32_t y = 0; y < dst.height; ++y) {
+    MapRow(src.Row(y), dst.Row(y), dst.width, {table0.data(), table1.data(), table2.data()});
+  }
 }
 
 #endif  // KVX_SOURCE_PIXEL_MAP_H_

@@ -4,6 +4,7 @@
 
 #include "frame.h"
 #include "numeric.h"
+#include "pixel_kernels.h"
 
 // How an effect file reads, here and everywhere: parameter rows as data; kernels as free functions over views and plain
 // numbers; then the class, whose Process turns parameters into numbers and calls the kernels.
@@ -67,14 +68,7 @@ ToneTable ThresHoldTable(uint8_t threshold) {
 // Bytes 0 to 2 of every pixel through the table, byte 3 copied.
 void MapTone(ConstFrameView src, FrameView dst, const ToneTable& table) {
   for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4) {
-      out[0] = table[in[0]];
-      out[1] = table[in[1]];
-      out[2] = table[in[2]];
-      out[3] = in[3];
-    }
+    MapRow(src.Row(y), dst.Row(y), dst.width, {table.data(), table.data(), table.data()});
   }
 }
 

@@ -18,5 +18,5 @@ void CXFadeFilter::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const P
   if (!src || !dst || !params || params->effectId != kEffectId) return;
   fade_ = Param(params, 1);
   const size_t bytes = 4 * PixelCount(width, height);
-  for (size_t i = 0; i < bytes; ++i) dst[i] = static_cast<uint8_t>(src[i] * 255 >> 8);
+  for (size_t i = 0; i < bytes; ++i) dst[i] = static_cast<uint8_t>(src[i] - (src[i] > 0));  // src[i] * 255 >> 8
 }

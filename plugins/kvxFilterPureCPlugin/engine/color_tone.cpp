@@ -36,18 +36,22 @@ int32_t Exposure(EngineRecord& record, const EngineImage& image) {
 }
 
 int32_t GrayScale(EngineRecord&, const EngineImage& image) {
-  for (int32_t y = 0; y < image.height; ++y) GrayRow(image.Row(y), image.Row(y), image.width, {29, 150, 76, 255, 1, 8});
+  for (int32_t y = 0; y < image.height; ++y) GrayRow(image.Row(y), image.Row(y), image.width, kLuma255);
   return kEngineDone;
 }
 
 int32_t Binary(EngineRecord& record, const EngineImage& image) {
   const int32_t threshold = ClampInt(record.level, 0, 100) * 256 / 100;
-  ForEachPixel(image, [threshold](uint8_t* p) { SetGray(p, Luma4(p) < threshold ? 0 : 255); });
+  Curve table;
+  for (int32_t i = 0; i < 256; ++i) table[i] = i < threshold ? 0 : 255;
+  MapGray(image, kLuma4, table, table, table);
   return kEngineDone;
 }
 
 int32_t XRays(EngineRecord&, const EngineImage& image) {
-  ForEachPixel(image, [](uint8_t* p) { SetGray(p, static_cast<uint8_t>(255 - Luma4(p))); });
+  Curve table;
+  for (int32_t i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(255 - i);
+  MapGray(image, kLuma4, table, table, table);
   return kEngineDone;
 }
 
@@ -62,12 +66,13 @@ int32_t Negative(EngineRecord&, const EngineImage& image) {
 }
 
 int32_t Thermal(EngineRecord&, const EngineImage& image) {
-  ForEachPixel(image, [](uint8_t* p) {
-    const int32_t v = Luma4(p);
-    p[0] = static_cast<uint8_t>(v < 128 ? v : 0);
-    p[1] = static_cast<uint8_t>(v < 128 ? v : 255 - v);
-    p[2] = static_cast<uint8_t>(v < 128 ? 0 : v);
-  });
+  CurveSet set;
+  for (int32_t v = 0; v < 256; ++v) {
+    set.blue[v] = static_cast<uint8_t>(v < 128 ? v : 0);
+    set.green[v] = static_cast<uint8_t>(v < 128 ? v : 255 - v);
+    set.red[v] = static_cast<uint8_t>(v < 128 ? 0 : v);
+  }
+  MapGray(image, kLuma4, set.blue, set.green, set.red);
   return kEngineDone;
 }
 
@@ -76,10 +81,15 @@ int32_t Tritone(EngineRecord& record, const EngineImage& image) {
   static constexpr uint8_t kColors[2][3][3] = {{{0, 0, 255}, {0, 255, 0}, {255, 0, 0}},
                                                {{255, 0, 255}, {0, 255, 255}, {255, 255, 0}}};
   const auto& colors = kColors[record.code == 17];
-  ForEachPixel(image, [&colors](uint8_t* p) {
-    const int32_t band = (p[0] + 2 * p[1] + p[2]) >> 6;
-    std::memcpy(p, colors[band <= 4 ? 0 : band <= 9 ? 1 : 2], 3);
-  });
+  CurveSet set;
+  for (int32_t v = 0; v < 256; ++v) {
+    const int32_t band = v >> 4;
+    const auto& color = colors[band <= 4 ? 0 : band <= 9 ? 1 : 2];
+    set.blue[v] = color[0];
+    set.green[v] = color[1];
+    set.red[v] = color[2];
+  }
+  MapGray(image, kLuma4, set.blue, set.green, set.red);
   return kEngineDone;
 }
 
@@ -179,7 +189,7 @@ int32_t Lnk(EngineRecord& record, const EngineImage& image) {
     table[i] =
         static_cast<uint8_t>(i < 128 ? ((i + k) * i + 255) >> 8 : 255 - (((i - 255 - k) * (i - 255) + 255) >> 8));
   }
-  ForEachPixel(image, [&table](uint8_t* p) { SetGray(p, table[Luma255(p)]); });
+  MapGray(image, kLuma255, table, table, table);
   return kEngineDone;
 }
 

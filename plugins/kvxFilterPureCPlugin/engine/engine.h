@@ -80,6 +80,10 @@ int32_t EngineCreate(EngineRecord** out, uint32_t code);
 // Works in place on `image`. `second` may be null; it reaches only the merge routines, which blend it into the first.
 int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineImage* second);
 
+// The same on a copy of `from`, of the same size, in `image`; spares the copy where it can.
+int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const EngineImage& image,
+                      const EngineImage* second);
+
 int32_t EngineFree(EngineRecord* record);
 
 #endif  // KVX_ENGINE_ENGINE_H_

@@ -90,7 +90,9 @@ int32_t EngineCreate(EngineRecord** out, uint32_t code) {
   return kEngineDone;
 }
 
-int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineImage* second) {
+namespace {
+
+int32_t Run(EngineRecord* record, const EngineImage* from, const EngineImage* image, const EngineImage* second) {
   if (!record || record->structSize != sizeof(EngineRecord)) return kEngineBadRecord;
   if (!image || image->structSize != sizeof(EngineImage) || !image->pixels || image->totalBytes <= 0 ||
       image->width <= 0 || image->height <= 0 || image->stepBytes <= 0 || image->bitsPerPixel != 32) {
@@ -103,8 +105,23 @@ int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineIm
   }
   if (IsLook(record->code)) return EngineRunLook(*record, *image);
   if (IsWarp(record->code)) return EngineRunWarp(*record, *image);
-  if (IsMerge(record->code)) return EngineRunMerge(*record, *image, second);
+  if (IsMerge(record->code)) return EngineRunMerge(*record, *from, *image, second);
   return kEngineFailed;
+}
+
+}  // namespace
+
+int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineImage* second) {
+  return Run(record, image, image, second);
+}
+
+int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const EngineImage& image,
+                      const EngineImage* second) {
+  if (record && IsBlend(record->code) && Run(record, &from, &image, second) == kEngineDone) return kEngineDone;
+  for (int32_t y = 0; y < image.height; ++y) {
+    std::memcpy(image.Row(y), from.Row(y), 4 * static_cast<size_t>(image.width));
+  }
+  return Run(record, &image, &image, second);
 }
 
 int32_t EngineFree(EngineRecord* record) {
@@ -118,9 +135,14 @@ int32_t EngineFree(EngineRecord* record) {
 }
 
 void MapChannels(const EngineImage& image, const uint8_t* blue, const uint8_t* green, const uint8_t* red) {
-  ForEachPixel(image, [=](uint8_t* p) {
-    p[0] = blue[p[0]];
-    p[1] = green[p[1]];
-    p[2] = red[p[2]];
-  });
+  for (int32_t y = 0; y < image.height; ++y) MapRow(image.Row(y), image.Row(y), image.width, {blue, green, red});
+}
+
+void MapGray(const EngineImage& image, const GrayWeights& weights, const Curve& blue, const Curve& green,
+             const Curve& red) {
+  for (int32_t y = 0; y < image.height; ++y) {
+    uint8_t* row = image.Row(y);
+    GrayRow(row, row, image.width, weights);
+    MapRow(row, row, image.width, {blue.data(), green.data(), red.data()});
+  }
 }

@@ -7,6 +7,7 @@
 #include <span>
 
 #include "engine.h"
+#include "pixel_kernels.h"
 
 // Index -256 to 511 gives 0 to 255.
 extern const uint8_t* const clampTable;
@@ -29,7 +30,10 @@ int32_t EngineInitWarp(EngineRecord& record);
 int32_t EngineInitMerge(EngineRecord& record);
 int32_t EngineRunLook(EngineRecord& record, const EngineImage& image);
 int32_t EngineRunWarp(EngineRecord& record, const EngineImage& image);
-int32_t EngineRunMerge(EngineRecord& record, const EngineImage& image, const EngineImage* second);
+// Blends read `from`, which may be `image`; looks run in place on `image`.
+bool IsBlend(uint32_t code);
+int32_t EngineRunMerge(EngineRecord& record, const EngineImage& from, const EngineImage& image,
+                       const EngineImage* second);
 
 // One look: its routine, and whether unmodified copies of the image must stand in workCopy and sourceCopy before it
 // runs.
@@ -48,7 +52,9 @@ std::span<const LookRoutine> PaneRoutines();
 // A table of 256 bytes.
 using Curve = std::array<uint8_t, 256>;
 
-// The three grey forms of the engine, not to be mixed up; the third stands in the colourise routine.
+// Two of the three grey forms of the engine, not to be mixed up; the third stands in the colourise routine.
+inline constexpr GrayWeights kLuma255 = {29, 150, 76, 255, 1, 8};
+inline constexpr GrayWeights kLuma4 = {1, 2, 1, 0, 1, 2};
 inline int32_t Luma255(const uint8_t* p) {
   return (29 * p[0] + 150 * p[1] + 76 * p[2] + 255) >> 8;
 }
@@ -63,13 +69,18 @@ inline void SetGray(uint8_t* p, uint8_t gray) {
 // `perPixel` gets the address of every pixel, row by row.
 template <typename PerPixel>
 void ForEachPixel(const EngineImage& image, PerPixel perPixel) {
+  const int32_t width = image.width;  // by itself: a byte written might be the image's own
   for (int32_t y = 0; y < image.height; ++y) {
     uint8_t* p = image.Row(y);
-    for (int32_t x = 0; x < image.width; ++x, p += 4) perPixel(p);
+    for (int32_t x = 0; x < width; ++x, p += 4) perPixel(p);
   }
 }
 
 // Each of B, G and R through its own table; alpha stays.
 void MapChannels(const EngineImage& image, const uint8_t* blue, const uint8_t* green, const uint8_t* red);
+
+// B, G and R become three functions of the pixel's grey.
+void MapGray(const EngineImage& image, const GrayWeights& weights, const Curve& blue, const Curve& green,
+             const Curve& red);
 
 #endif  // KVX_ENGINE_ENGINE_INTERNAL_H_

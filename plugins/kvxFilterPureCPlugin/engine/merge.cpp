@@ -6,13 +6,11 @@
 
 namespace {
 
-const MergeRoutine* FindRoutine(uint32_t code) {
-  for (const auto group : {BlendModeRoutines(), MergeLookRoutines()}) {
-    for (const MergeRoutine& routine : group) {
-      if (code >= routine.first && code <= routine.last) return &routine;
-    }
-  }
-  return nullptr;
+template <typename Row>
+const Row* FindCode(std::span<const Row> rows, uint32_t code) {
+  const auto row =
+      std::find_if(rows.begin(), rows.end(), [code](const Row& r) { return code >= r.first && code <= r.last; });
+  return row == rows.end() ? nullptr : &*row;
 }
 
 // The material carried on to the frame's size by its last column and row.
@@ -31,13 +29,22 @@ std::vector<uint8_t> Extend(const EngineImage& material, const EngineImage& fram
 
 }  // namespace
 
-int32_t EngineRunMerge(EngineRecord& record, const EngineImage& image, const EngineImage* second) {
-  const MergeRoutine* routine = FindRoutine(record.code);
-  if (routine && routine->use == MaterialUse::kNone) return routine->run(record, image, image);
+bool IsBlend(uint32_t code) {
+  return FindCode(BlendModeRows(), code) != nullptr;
+}
+
+int32_t EngineRunMerge(EngineRecord& record, const EngineImage& from, const EngineImage& image,
+                       const EngineImage* second) {
+  const BlendMode* mode = FindCode(BlendModeRows(), record.code);
+  const MergeLook* look = FindCode(MergeLookRows(), record.code);
+  if (mode && !mode->needsMaterial) return mode->run(record, {from, from, image});
   if (!second || !second->pixels || second->width <= 0 || second->height <= 0) return kEngineBadImage;
-  if (!routine) return kEngineFailed;
+  const auto run = [&](const EngineImage& material) {
+    return mode ? mode->run(record, {from, material, image}) : look->run(record, image, material);
+  };
+  if (!mode && !look) return kEngineFailed;
   const bool large = second->width >= image.width && second->height >= image.height;
-  if (large || routine->use == MaterialUse::kOwnSize) return routine->run(record, image, *second);
+  if (large || (look && look->takesAnySize)) return run(*second);
   std::vector<uint8_t> pixels = Extend(*second, image);
-  return routine->run(record, image, MakeEngineImage(pixels.data(), image.width, image.height, image.width * 4));
+  return run(MakeEngineImage(pixels.data(), image.width, image.height, image.width * 4));
 }

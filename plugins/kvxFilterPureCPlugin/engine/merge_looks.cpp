@@ -7,6 +7,7 @@
 #include "curve.h"
 #include "merge_routines.h"
 #include "numeric.h"
+#include "pixel_kernels.h"
 
 namespace {
 
@@ -67,7 +68,7 @@ int32_t CurvesAndBlend(EngineRecord& record, const EngineImage& frame, const Eng
   const int32_t share = row.share;
   if (record.code == 2193) {
     Blend(frame, material, [share](int32_t f, int32_t m) {
-      const int32_t s = (f * m + 255) >> 8;
+      const int32_t s = Product(f, m);
       return (((s - f) * share) >> 8) + f;
     });
   } else {
@@ -79,8 +80,8 @@ int32_t CurvesAndBlend(EngineRecord& record, const EngineImage& frame, const Eng
   return kEngineDone;
 }
 
-int32_t MultiplyAndTone(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
-  Multiply(record, frame, material);
+int32_t MultiplyAndTone(EngineRecord&, const EngineImage& frame, const EngineImage& material) {
+  Blend(frame, material, Product);
   MapLook(frame, kVelora);
   return kEngineDone;
 }
@@ -141,22 +142,20 @@ int32_t OldPhoto(EngineRecord& record, const EngineImage& frame, const EngineIma
   if (!work) return kEngineNoScratch;
   cv::Mat blurred(frame.height, frame.width, CV_8UC4, frame.pixels, static_cast<size_t>(frame.stepBytes));
   cv::GaussianBlur(blurred, blurred, cv::Size(3, 3), 10.0, 10.0, cv::BORDER_REFLECT_101);
-  uint8_t tone[256];
+  Curve tone;
   for (int32_t i = 0; i < 256; ++i) tone[i] = static_cast<uint8_t>((std::clamp(i, 50, 200) - 50) * 255 / 150);
+  const int32_t width = frame.width;
+  std::vector<uint8_t> toned(static_cast<size_t>(width) * 4);
   for (int32_t y = 0; y < frame.height; ++y) {
+    GrayRow(work + static_cast<ptrdiff_t>(y) * frame.stepBytes, toned.data(), width, kLuma255);
+    MapRow(toned.data(), toned.data(), width, {tone.data(), tone.data(), tone.data()});
     uint8_t* p = frame.Row(y);
-    const uint8_t* m = material.Row(y);
-    const uint8_t* copy = work + static_cast<ptrdiff_t>(y) * frame.stepBytes;
-    for (int32_t x = 0; x < frame.width; ++x, p += 4, m += 4, copy += 4) {
-      const int32_t v = tone[Luma255(copy)];
-      const int32_t a = m[3];
-      for (int32_t c = 0; c < 3; ++c) {
-        // White over white gives 254.
-        p[c] = static_cast<uint8_t>((((v + p[c]) >> 1) * (255 - a) + m[c] * a) >> 8);
-      }
-      p[3] = 255;
-    }
+    for (int32_t i = 0; i < 4 * width; ++i) p[i] = static_cast<uint8_t>((toned[static_cast<size_t>(i)] + p[i]) >> 1);
+    for (int32_t x = 0; x < width; ++x) StorePixel(p + 4 * x, LoadPixel(p + 4 * x) | kAlphaByte);
   }
+  Blend(
+      frame, material, [](uint32_t, uint32_t m) { return FourTimes(m >> 24); },
+      [](int32_t f, int32_t m, int32_t a) { return (f * (255 - a) + m * a) >> 8; });  // white over white gives 254
   return kEngineDone;
 }
 
@@ -274,18 +273,17 @@ int32_t DrawingUnderMaterial(EngineRecord& record, const EngineImage& frame, con
 
 }  // namespace
 
-std::span<const MergeRoutine> MergeLookRoutines() {
-  static constexpr MergeRoutine kRoutines[] = {
-      {2193, 2197, CurvesAndBlend, MaterialUse::kOwnSize},
+std::span<const MergeLook> MergeLookRows() {
+  static constexpr MergeLook kLooks[] = {
+      {2193, 2197, CurvesAndBlend, true},
       {2198, 2198, MultiplyAndTone},
       {2199, 2199, Charcoal},
       {2200, 2200, LiftedScreen},
-      {2201, 2201, FocusColor, MaterialUse::kOwnSize},
-      {2202, 2202, Overlay},
+      {2201, 2201, FocusColor, true},
       {2203, 2203, OldPhoto},
       {2204, 2204, Canvas},
       {2205, 2205, Pencil},
       {2206, 2206, DrawingUnderMaterial},
   };
-  return kRoutines;
+  return kLooks;
 }

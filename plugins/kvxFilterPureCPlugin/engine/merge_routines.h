@@ -11,22 +11,32 @@
 #include "engine_internal.h"
 #include "pixel_rows.h"
 
-enum class MaterialUse {
-  kNone,
-  kPixelForPixel,  // the material is at least as large as the frame when the routine runs
-  kOwnSize,        // the routine minds the material's size by itself
+// Colours of `from`, mixed with those of `material`, go to `to`, with the alpha of `from`. `from` and `to` are of one
+// size and may be the same image; `material` is at least as large.
+struct BlendImages {
+  const EngineImage& from;
+  const EngineImage& material;
+  const EngineImage& to;
 };
 
-// Codes `first` to `last`.
-struct MergeRoutine {
+// Codes `first` to `last`: one blend.
+struct BlendMode {
+  uint32_t first;
+  uint32_t last;
+  int32_t (*run)(EngineRecord& record, const BlendImages& images);
+  bool needsMaterial = true;
+};
+
+// Codes `first` to `last`: a look, in place.
+struct MergeLook {
   uint32_t first;
   uint32_t last;
   int32_t (*run)(EngineRecord& record, const EngineImage& frame, const EngineImage& material);
-  MaterialUse use = MaterialUse::kPixelForPixel;
+  bool takesAnySize = false;  // of the material; otherwise it is at least as large as the frame
 };
 
-std::span<const MergeRoutine> BlendModeRoutines();
-std::span<const MergeRoutine> MergeLookRoutines();
+std::span<const BlendMode> BlendModeRows();
+std::span<const MergeLook> MergeLookRows();
 
 // A run of pixels as Blend hands it to an Extra.
 inline constexpr int32_t kBlendRun = 64;
@@ -37,28 +47,40 @@ struct NoExtra {};
 // Every colour byte becomes op(frame byte, material byte), or op(frame byte, material byte, extra byte) where
 // extra(frame word, material word) gives the extra bytes of a pixel as one word.
 template <typename Extra, typename Op>
-void Blend(const EngineImage& frame, const EngineImage& material, Extra extra, Op op) {
-  alignas(16) BlendBytes f, m, e, out;
-  for (int32_t y = 0; y < frame.height; ++y) {
-    for (int32_t x = 0; x < frame.width; x += kBlendRun) {
-      uint8_t* pixels = frame.Row(y) + 4 * x;
-      const int32_t count = std::min(kBlendRun, frame.width - x);
-      std::memcpy(f, pixels, static_cast<size_t>(4 * count));
-      std::memcpy(m, material.Row(y) + 4 * x, static_cast<size_t>(4 * count));
+[[gnu::always_inline]] inline void Blend(const BlendImages& images, Extra extra, Op op) {
+  const int32_t width = images.to.width;
+  for (int32_t y = 0; y < images.to.height; ++y) {
+    for (int32_t x = 0; x < width; x += kBlendRun) {
+      const uint8_t* f = images.from.Row(y) + 4 * x;
+      const uint8_t* m = images.material.Row(y) + 4 * x;
+      uint8_t* to = images.to.Row(y) + 4 * x;
+      const int32_t count = std::min(kBlendRun, width - x);
+      alignas(64) BlendBytes e, out;
       if constexpr (std::is_same_v<Extra, NoExtra>) {
         for (int32_t i = 0; i < 4 * count; ++i) out[i] = static_cast<uint8_t>(op(f[i], m[i]));
       } else {
         for (int32_t i = 0; i < 4 * count; i += 4) StorePixel(e + i, extra(LoadPixel(f + i), LoadPixel(m + i)));
         for (int32_t i = 0; i < 4 * count; ++i) out[i] = static_cast<uint8_t>(op(f[i], m[i], e[i]));
       }
-      StoreColors(pixels, out, count);
+      for (int32_t i = 0; i < 4 * count; i += 4) {
+        StorePixel(to + i, (LoadPixel(f + i) & kAlphaByte) | (LoadPixel(out + i) & kColorBytes));
+      }
     }
   }
 }
 
 template <typename Op>
-void Blend(const EngineImage& frame, const EngineImage& material, Op op) {
-  Blend(frame, material, NoExtra{}, op);
+[[gnu::always_inline]] inline void Blend(const BlendImages& images, Op op) {
+  Blend(images, NoExtra{}, op);
+}
+
+template <typename... Ops>
+[[gnu::always_inline]] inline void Blend(const EngineImage& frame, const EngineImage& material, Ops... ops) {
+  Blend(BlendImages{frame, material, frame}, ops...);
+}
+
+inline int32_t Product(int32_t a, int32_t b) {
+  return (a * b + 255) >> 8;
 }
 
 // Of a dark `a` (below 128) the product with `b` in 1/128, of a bright one the same of the complements: 255 - x is x ^
@@ -67,8 +89,5 @@ inline int32_t DoubledProduct(int32_t a, int32_t b, int32_t rounding) {
   const int32_t flip = static_cast<uint8_t>(-(a >> 7));
   return (((a ^ flip) * (b ^ flip) + rounding) >> 7) ^ flip;
 }
-
-int32_t Multiply(EngineRecord& record, const EngineImage& frame, const EngineImage& material);
-int32_t Overlay(EngineRecord& record, const EngineImage& frame, const EngineImage& material);
 
 #endif  // KVX_ENGINE_MERGE_ROUTINES_H_

@@ -45,4 +45,13 @@ void SaturateRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const Sa
 void BlendRow(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t count, int32_t alpha);
 void BlendRowScalar(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t count, int32_t alpha);
 
+// Bytes 0 to 2 each through a table of its own of 256 bytes, byte 3 copied. `dst` may be `src`.
+struct ByteTables {
+  const uint8_t* table0;
+  const uint8_t* table1;
+  const uint8_t* table2;
+};
+void MapRow(const uint8_t* src, uint8_t* dst, int32_t count, const ByteTables& tables);
+void MapRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const ByteTables& tables);
+
 #endif  // KVX_FRAMEWORK_PIXEL_KERNELS_H_

@@ -1,15 +1,45 @@
 #include "memory_probe.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 
 namespace {
 
 enum class Access { kRead, kWrite };
+
+// The kernel's question for one mapping, as its interface lays it down since Linux 6.11; headers of that age are not
+// needed.
+struct MappingQuery {
+  uint64_t size;
+  uint64_t flags;  // permissions that the mapping must have
+  uint64_t address;
+  uint64_t from, to;
+  uint64_t unused[8];
+};
+static_assert(sizeof(MappingQuery) == 104);
+constexpr unsigned long kQueryMapping = _IOWR('f', 17, MappingQuery);
+constexpr uint64_t kReadable = 1;
+constexpr uint64_t kWritable = 2;
+
+enum class Answer { kCovered, kNotCovered, kUnknown };
+
+// Goes from mapping to mapping.
+Answer AskForMappings(int maps, uintptr_t first, uintptr_t last, Access access) {
+  MappingQuery query{};
+  query.size = sizeof query;
+  query.flags = access == Access::kRead ? kReadable : kWritable;
+  for (uintptr_t next = first;; next = query.to) {
+    query.address = next;
+    if (ioctl(maps, kQueryMapping, &query) != 0) return errno == ENOENT ? Answer::kNotCovered : Answer::kUnknown;
+    if (query.to > last) return Answer::kCovered;
+  }
+}
 
 // Reads hexadecimal digits at `text` and moves it behind them.
 uintptr_t ParseHex(const char*& text) {
@@ -55,23 +85,9 @@ class MapWalk {
   bool covered_ = false;
 };
 
-// The kernel's list of mappings costs far less than a question for every page, and needs neither a read nor a write.
-bool IsBad(const void* address, size_t size, Access access) {
-  if (size == 0) return false;
-  const uintptr_t first = reinterpret_cast<uintptr_t>(address);
-  if (first == 0 || first + (size - 1) < first) return true;
-
-  const int maps = open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
-  if (maps < 0) {
-    // Without the list: let the kernel fault the pages in as an access would.
-    const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
-    const uintptr_t start = first & ~(page - 1);
-    constexpr int kPopulateRead = 22;
-    constexpr int kPopulateWrite = 23;
-    return madvise(reinterpret_cast<void*>(start), first + size - start,
-                   access == Access::kRead ? kPopulateRead : kPopulateWrite) != 0;
-  }
-  MapWalk walk(first, first + (size - 1), access);
+// Older kernels only give the whole list.
+Answer ReadMappings(int maps, uintptr_t first, uintptr_t last, Access access) {
+  MapWalk walk(first, last, access);
   char buffer[16384];
   size_t held = 0;
   bool open = true;
@@ -90,8 +106,31 @@ bool IsBad(const void* address, size_t size, Access access) {
     std::memmove(buffer, line, held);
     if (held == sizeof buffer) break;
   }
+  return walk.Covered() ? Answer::kCovered : Answer::kNotCovered;
+}
+
+// The kernel's knowledge of mappings costs far less than a question for every page, and needs neither a read nor a
+// write.
+bool IsBad(const void* address, size_t size, Access access) {
+  if (size == 0) return false;
+  const uintptr_t first = reinterpret_cast<uintptr_t>(address);
+  const uintptr_t last = first + (size - 1);
+  if (first == 0 || last < first) return true;
+
+  const int maps = open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
+  if (maps < 0) {
+    // Without it: let the kernel fault the pages in as an access would.
+    const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+    const uintptr_t start = first & ~(page - 1);
+    constexpr int kPopulateRead = 22;
+    constexpr int kPopulateWrite = 23;
+    return madvise(reinterpret_cast<void*>(start), first + size - start,
+                   access == Access::kRead ? kPopulateRead : kPopulateWrite) != 0;
+  }
+  Answer answer = AskForMappings(maps, first, last, access);
+  if (answer == Answer::kUnknown) answer = ReadMappings(maps, first, last, access);
   close(maps);
-  return !walk.Covered();
+  return answer != Answer::kCovered;
 }
 
 }  // namespace
