@@ -94,8 +94,8 @@ void WarpPerspective(const cv::Mat& src, cv::Mat& dst) {
 
 void Tiles(const cv::Mat& src, cv::Mat& dst) {
   static cv::Mat small;
-  cv::resize(src, small, {src.cols / 2, src.rows / 2}, 0, 0, cv::INTER_LINEAR);
-  cv::repeat(small, 2, 2, dst);
+  cv::resize(src, small, {src.cols / 3, src.rows / 3}, 0, 0, cv::INTER_LINEAR);
+  cv::repeat(small, 3, 3, dst);
 }
 
 const OpenCvOperation kOperations[] = {
@@ -137,7 +137,7 @@ const OpenCvOperation kOperations[] = {
     {"scale", {56}, [](const cv::Mat& s, cv::Mat& d) { s.convertTo(d, -1, 255 / 256.0); }},
     {"nearest remap", {62, 65, 69, 70, 176, 177, 178, 179, 180}, RemapNearest},
     {"perspective", {48}, WarpPerspective},
-    {"half size, tiled", {14, 15}, Tiles},
+    {"a third of the size, tiled", {15}, Tiles},
 };
 
 }  // namespace

@@ -83,13 +83,10 @@ TEST(PixelKernels, GrayDividesExactly) {
 
 TEST(PixelKernels, Colorize) {
   for (const ColorizeOffsets& o : {ColorizeOffsets{0, 0, 0}, {-66048, 39424, 51816}, {66048, -39424, -52224}}) {
-    const auto inPlace = [&](auto row) {
-      return [row, &o](const uint8_t* src, uint8_t* dst, int32_t n) {
-        std::copy_n(src, 4 * n, dst);
-        row(dst, n, o);
-      };
-    };
-    OnEveryTarget([&] { Compare(inPlace(ColorizeRowScalar), inPlace(ColorizeRow)); });
+    OnEveryTarget([&] {
+      Compare([&](auto* src, auto* dst, int32_t n) { ColorizeRowScalar(src, dst, n, o); },
+              [&](auto* src, auto* dst, int32_t n) { ColorizeRow(src, dst, n, o); });
+    });
   }
 }
 

@@ -1,6 +1,7 @@
 #include "MergeFilter.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <memory>
 #include <opencv2/core.hpp>
@@ -148,7 +149,12 @@ void CMergeFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
   const EngineImage frame = MakeEngineImage(dst, width, height, dstStep);
   EngineImage second{};
   if (material_) second = MakeEngineImage(QK_ImageBits(material_.get()), width, height, QK_ImageStep(material_.get()));
-  EngineRunFrom(engine_, from, frame, material_ ? &second : nullptr);
+  const auto copy = [&] {
+    for (int32_t y = 0; y < height; ++y) std::memcpy(frame.Row(y), from.Row(y), static_cast<size_t>(width) * 4);
+  };
+  const bool spared = EngineSparesCopy(*engine_);
+  if (!spared) copy();
+  if (EngineRunFrom(engine_, from, frame, material_ ? &second : nullptr) != kEngineDone && spared) copy();
 }
 
 CBaseFilterProc* MakeMergeFilter(int32_t id, int32_t width, int32_t height) {

@@ -12,72 +12,63 @@
 namespace {
 
 // Codes 7 to 10: keep one channel. The level that the shells pass is not used.
-int32_t KeepChannel(EngineRecord& record, const EngineImage& image) {
+int32_t KeepChannel(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   record.channel = static_cast<int32_t>(record.code) - 7;
   const uint32_t mask = 0xFF000000u | 0xFFu << (8 * record.channel);
-  ForEachPixel(image, [mask](uint8_t* p) {
-    uint32_t word;
-    std::memcpy(&word, p, 4);
-    word &= mask;
-    std::memcpy(p, &word, 4);
-  });
+  MapWords(from, image, [mask](uint32_t pixel) { return pixel & mask; });
   return kEngineDone;
 }
 
-int32_t Exposure(EngineRecord& record, const EngineImage& image) {
+int32_t Exposure(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   const int32_t level = ClampInt(record.level, 0, 100);
   Curve table;
   for (int32_t i = 0; i < 256; ++i) {
     const int32_t exposed = Clamp(Trunc32(255 * std::log(i + 1.0) / std::log(256.0) + 0.5));
     table[i] = Clamp(exposed + level - 50);
   }
-  MapChannels(image, table.data(), table.data(), table.data());
+  MapChannels(from, image, table.data(), table.data(), table.data());
   return kEngineDone;
 }
 
-int32_t GrayScale(EngineRecord&, const EngineImage& image) {
-  for (int32_t y = 0; y < image.height; ++y) GrayRow(image.Row(y), image.Row(y), image.width, kLuma255);
+int32_t GrayScale(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  for (int32_t y = 0; y < image.height; ++y) GrayRow(from.Row(y), image.Row(y), image.width, kLuma255);
   return kEngineDone;
 }
 
-int32_t Binary(EngineRecord& record, const EngineImage& image) {
-  const int32_t threshold = ClampInt(record.level, 0, 100) * 256 / 100;
-  Curve table;
-  for (int32_t i = 0; i < 256; ++i) table[i] = i < threshold ? 0 : 255;
-  MapGray(image, kLuma4, table, table, table);
-  return kEngineDone;
-}
-
-int32_t XRays(EngineRecord&, const EngineImage& image) {
-  Curve table;
-  for (int32_t i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(255 - i);
-  MapGray(image, kLuma4, table, table, table);
-  return kEngineDone;
-}
-
-int32_t Negative(EngineRecord&, const EngineImage& image) {
-  ForEachPixel(image, [](uint8_t* p) {
-    uint32_t word;
-    std::memcpy(&word, p, 4);
-    word ^= 0x00FFFFFF;
-    std::memcpy(p, &word, 4);
+int32_t Binary(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
+  const uint32_t threshold = static_cast<uint32_t>(ClampInt(record.level, 0, 100) * 256 / 100);
+  MapWords(from, image, [threshold](uint32_t pixel) {
+    const uint32_t luma = ((pixel & 255) + (pixel >> 7 & 510) + (pixel >> 16 & 255)) >> 2;
+    return (pixel & 0xFF000000) | (luma < threshold ? 0 : 0x00FFFFFF);
   });
   return kEngineDone;
 }
 
-int32_t Thermal(EngineRecord&, const EngineImage& image) {
+int32_t XRays(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  Curve table;
+  for (int32_t i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(255 - i);
+  MapGray(from, image, kLuma4, table, table, table);
+  return kEngineDone;
+}
+
+int32_t Negative(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  MapWords(from, image, [](uint32_t pixel) { return pixel ^ 0x00FFFFFF; });
+  return kEngineDone;
+}
+
+int32_t Thermal(EngineRecord&, const EngineImage& from, const EngineImage& image) {
   CurveSet set;
   for (int32_t v = 0; v < 256; ++v) {
     set.blue[v] = static_cast<uint8_t>(v < 128 ? v : 0);
     set.green[v] = static_cast<uint8_t>(v < 128 ? v : 255 - v);
     set.red[v] = static_cast<uint8_t>(v < 128 ? 0 : v);
   }
-  MapGray(image, kLuma4, set.blue, set.green, set.red);
+  MapGray(from, image, kLuma4, set.blue, set.green, set.red);
   return kEngineDone;
 }
 
 // Codes 16 and 17: a band of brightness picks one of three colours.
-int32_t Tritone(EngineRecord& record, const EngineImage& image) {
+int32_t Tritone(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   static constexpr uint8_t kColors[2][3][3] = {{{0, 0, 255}, {0, 255, 0}, {255, 0, 0}},
                                                {{255, 0, 255}, {0, 255, 255}, {255, 255, 0}}};
   const auto& colors = kColors[record.code == 17];
@@ -89,28 +80,28 @@ int32_t Tritone(EngineRecord& record, const EngineImage& image) {
     set.green[v] = color[1];
     set.red[v] = color[2];
   }
-  MapGray(image, kLuma4, set.blue, set.green, set.red);
+  MapGray(from, image, kLuma4, set.blue, set.green, set.red);
   return kEngineDone;
 }
 
-int32_t Solarize(EngineRecord&, const EngineImage& image) {
+int32_t Solarize(EngineRecord&, const EngineImage& from, const EngineImage& image) {
   Curve table;
   for (int32_t i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(i < 128 ? i : 256 - i);
-  MapChannels(image, table.data(), table.data(), table.data());
+  MapChannels(from, image, table.data(), table.data(), table.data());
   return kEngineDone;
 }
 
 // Codes 25 to 28: colour temperature, each with a level of its own.
-int32_t Temperature(EngineRecord& record, const EngineImage& image) {
+int32_t Temperature(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   static constexpr int32_t kLevels[] = {10, 30, 65, 80};
   record.level = kLevels[record.code - 25];
   const CurveSet set = TemperatureCurves(record.level);
-  MapChannels(image, set.blue.data(), set.green.data(), set.red.data());
+  MapChannels(from, image, set.blue.data(), set.green.data(), set.red.data());
   return kEngineDone;
 }
 
 // Keeps the pixel's luminance and takes the chroma of the record's colour.
-int32_t Colorize(EngineRecord& record, const EngineImage& image) {
+int32_t Colorize(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   const int32_t b = record.colorBlue;
   const int32_t g = record.colorGreen;
   const int32_t r = record.colorRed;
@@ -119,12 +110,12 @@ int32_t Colorize(EngineRecord& record, const EngineImage& image) {
   const int32_t kb = (u - 128) * 516;
   const int32_t kr = (v - 128) * 408;
   const int32_t kg = 39424 - 100 * u - 208 * v;
-  for (int32_t y = 0; y < image.height; ++y) ColorizeRow(image.Row(y), image.width, {kb, kg, kr});
+  for (int32_t y = 0; y < image.height; ++y) ColorizeRow(from.Row(y), image.Row(y), image.width, {kb, kg, kr});
   return kEngineDone;
 }
 
 // Codes 30 to 42. Olive and teal each hold what is commonly called the other's colour, and are meant to.
-int32_t NamedColor(EngineRecord& record, const EngineImage& image) {
+int32_t NamedColor(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   struct Color {
     uint8_t blue, green, red;
   };
@@ -147,14 +138,15 @@ int32_t NamedColor(EngineRecord& record, const EngineImage& image) {
   record.colorBlue = color.blue;
   record.colorGreen = color.green;
   record.colorRed = color.red;
-  return Colorize(record, image);
+  return Colorize(record, from, image);
 }
 
-int32_t HoodWink(EngineRecord&, const EngineImage& image) {
-  ForEachPixel(image, [](uint8_t* p) {
-    p[0] = static_cast<uint8_t>(p[0] * 29 >> 8);
-    p[1] = static_cast<uint8_t>(p[1] * 150 >> 8);
-    p[2] = static_cast<uint8_t>(p[2] * 77 >> 8);
+int32_t HoodWink(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  MapWords(from, image, [](uint32_t pixel) {
+    const uint32_t blue = (pixel & 255) * 29 >> 8;
+    const uint32_t green = (pixel >> 8 & 255) * 150 >> 8;
+    const uint32_t red = (pixel >> 16 & 255) * 77 >> 8;
+    return (pixel & 0xFF000000) | red << 16 | green << 8 | blue;
   });
   return kEngineDone;
 }
@@ -170,31 +162,31 @@ void BuildCyanBlueTables(uint8_t* tables) {
   }
 }
 
-int32_t CyanBlue(EngineRecord& record, const EngineImage& image) {
+int32_t CyanBlue(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   uint8_t* tables = EnsureTable(record, 768, kDirtyTables);
   if (!tables) return kEngineNoScratch;
   if (record.dirtyFlags & kDirtyTables) {
     BuildCyanBlueTables(tables);
     record.dirtyFlags &= ~kDirtyTables;
   }
-  MapChannels(image, tables, tables + 256, tables + 512);
+  MapChannels(from, image, tables, tables + 256, tables + 512);
   return kEngineDone;
 }
 
 // A grey of high contrast.
-int32_t Lnk(EngineRecord& record, const EngineImage& image) {
+int32_t Lnk(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   const int32_t k = 100 - ClampInt(record.level, 0, 100);
   Curve table;
   for (int32_t i = 0; i < 256; ++i) {
     table[i] =
         static_cast<uint8_t>(i < 128 ? ((i + k) * i + 255) >> 8 : 255 - (((i - 255 - k) * (i - 255) + 255) >> 8));
   }
-  MapGray(image, kLuma255, table, table, table);
+  MapGray(from, image, kLuma255, table, table, table);
   return kEngineDone;
 }
 
-int32_t SineContrastLook(EngineRecord& record, const EngineImage& image) {
-  SineContrast(image, record.level);
+int32_t SineContrastLook(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
+  SineContrast(from, image, record.level);
   return kEngineDone;
 }
 
@@ -233,7 +225,7 @@ CurveSet MakeCurveSet(const CurveLook& look) {
 }
 
 // One routine for all curve looks; their curves are made once.
-int32_t MapCurves(EngineRecord& record, const EngineImage& image) {
+int32_t MapCurves(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   static const std::array<CurveSet, std::size(kCurveLooks)> sets = [] {
     std::array<CurveSet, std::size(kCurveLooks)> made;
     std::transform(std::begin(kCurveLooks), std::end(kCurveLooks), made.begin(), MakeCurveSet);
@@ -242,7 +234,7 @@ int32_t MapCurves(EngineRecord& record, const EngineImage& image) {
   const auto* look = std::find_if(std::begin(kCurveLooks), std::end(kCurveLooks),
                                   [&](const CurveLook& l) { return l.code == record.code; });
   const CurveSet& set = sets[static_cast<size_t>(look - kCurveLooks)];
-  MapChannels(image, set.blue.data(), set.green.data(), set.red.data());
+  MapChannels(from, image, set.blue.data(), set.green.data(), set.red.data());
   return kEngineDone;
 }
 
@@ -264,7 +256,7 @@ CurveSet CrossProcessCurves() {
   return MakeCurveSet(kCrossProcess);
 }
 
-void SineContrast(const EngineImage& image, int32_t n) {
+void SineContrast(const EngineImage& from, const EngineImage& image, int32_t n) {
   // These digits, not pi: with the exact half of pi the top entry would wrap to 0.
   constexpr double kPi = 3.1415926;
   constexpr double kHalfPi = 1.5707963;
@@ -274,11 +266,11 @@ void SineContrast(const EngineImage& image, int32_t n) {
     const double x = ClampFloat(v * f / 256, -kHalfPi, kHalfPi);
     table[v + 128] = static_cast<uint8_t>(Trunc32(128 * std::sin(x) + 128));
   }
-  MapChannels(image, table.data(), table.data(), table.data());
+  MapChannels(from, image, table.data(), table.data(), table.data());
 }
 
-std::span<const LookRoutine> ColorToneRoutines() {
-  static constexpr LookRoutine kRoutines[] = {
+std::span<const DirectLook> ColorToneLooks() {
+  static constexpr DirectLook kLooks[] = {
       {5, Exposure},     {7, KeepChannel},  {8, KeepChannel}, {9, KeepChannel},  {10, KeepChannel},
       {11, GrayScale},   {12, Binary},      {13, XRays},      {14, Negative},    {15, Thermal},
       {16, Tritone},     {17, Tritone},     {18, Solarize},   {25, Temperature}, {26, Temperature},
@@ -290,5 +282,5 @@ std::span<const LookRoutine> ColorToneRoutines() {
       {67, MapCurves},   {68, MapCurves},   {69, MapCurves},  {74, MapCurves},   {80, MapCurves},
       {81, MapCurves},
   };
-  return kRoutines;
+  return kLooks;
 }

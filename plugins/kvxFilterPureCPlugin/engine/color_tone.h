@@ -5,8 +5,8 @@
 #include "curve.h"
 #include "engine.h"
 
-// B, G and R through a sine around 128; `n` is clamped to 0..100.
-void SineContrast(const EngineImage& image, int32_t n);
+// B, G and R through a sine around 128; `n` is clamped to 0..100. `from` may be `image`.
+void SineContrast(const EngineImage& from, const EngineImage& image, int32_t n);
 
 // Warmer above 50, colder below.
 CurveSet TemperatureCurves(int32_t level);

@@ -34,8 +34,11 @@ int32_t FourSeasons(EngineRecord&, const EngineImage& image) {
     const CurveSet& set = kStrips[i];
     const int32_t next = (i + 1) * quarter;
     const int32_t end = i < 3 ? next - gap : next;
-    MapChannels(Columns(image, i * quarter, end), set.blue.data(), set.green.data(), set.red.data());
-    if (i < 3) MapChannels(Columns(image, std::max(end, 0), next), kBlack.data(), kBlack.data(), kBlack.data());
+    MapChannels(Columns(image, i * quarter, end), Columns(image, i * quarter, end), set.blue.data(), set.green.data(),
+                set.red.data());
+    if (i < 3)
+      MapChannels(Columns(image, std::max(end, 0), next), Columns(image, std::max(end, 0), next), kBlack.data(),
+                  kBlack.data(), kBlack.data());
   }
   return kEngineDone;
 }
@@ -57,7 +60,7 @@ int32_t SimpleElegant(EngineRecord&, const EngineImage& image) {
 
 int32_t YellowOnGray(EngineRecord&, const EngineImage& image) {
   ForEachPixel(image, [](uint8_t* p) { SetGray(p, static_cast<uint8_t>(Luma1024(p))); });
-  SineContrast(image, 5);
+  SineContrast(image, image, 5);
   ForEachPixel(image, [](uint8_t* p) {
     p[1] = Clamp(p[1] + 35);
     p[2] = Clamp(p[2] + 41);
@@ -188,7 +191,7 @@ int32_t NewFresh(EngineRecord&, const EngineImage& image) {
     return CurveSet{Compose(ExclusionCurve(81), MakeCurve(kBlue)), Compose(ExclusionCurve(25), MakeCurve(kGreen)),
                     Compose(ExclusionCurve(31), MakeCurve(kRed))};
   }();
-  MapChannels(image, kCurves.blue.data(), kCurves.green.data(), kCurves.red.data());
+  MapChannels(image, image, kCurves.blue.data(), kCurves.green.data(), kCurves.red.data());
   return kEngineDone;
 }
 

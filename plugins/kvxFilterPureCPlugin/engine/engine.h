@@ -80,9 +80,12 @@ int32_t EngineCreate(EngineRecord** out, uint32_t code);
 // Works in place on `image`. `second` may be null; it reaches only the merge routines, which blend it into the first.
 int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineImage* second);
 
-// The same on a copy of `from`, of the same size, in `image`; spares the copy where it can.
+// The same on a copy of `from` in `image`, both of one size and apart from each other.
 int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const EngineImage& image,
                       const EngineImage* second);
+
+// Whether that works without the copy: the routine writes every pixel of `image`, unless it fails.
+bool EngineSparesCopy(const EngineRecord& record);
 
 int32_t EngineFree(EngineRecord* record);
 

@@ -103,8 +103,8 @@ int32_t Run(EngineRecord* record, const EngineImage* from, const EngineImage* im
     record->height = image->height;
     record->dirtyFlags |= kDirtyParticles;
   }
-  if (IsLook(record->code)) return EngineRunLook(*record, *image);
-  if (IsWarp(record->code)) return EngineRunWarp(*record, *image);
+  if (IsLook(record->code)) return EngineRunLook(*record, *from, *image);
+  if (IsWarp(record->code)) return EngineRunWarp(*record, *from, *image);
   if (IsMerge(record->code)) return EngineRunMerge(*record, *from, *image, second);
   return kEngineFailed;
 }
@@ -117,11 +117,11 @@ int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineIm
 
 int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const EngineImage& image,
                       const EngineImage* second) {
-  if (record && IsBlend(record->code) && Run(record, &from, &image, second) == kEngineDone) return kEngineDone;
-  for (int32_t y = 0; y < image.height; ++y) {
-    std::memcpy(image.Row(y), from.Row(y), 4 * static_cast<size_t>(image.width));
-  }
-  return Run(record, &image, &image, second);
+  return Run(record, &from, &image, second);
+}
+
+bool EngineSparesCopy(const EngineRecord& record) {
+  return IsDirectLook(record.code) || IsDirectWarp(record.code) || IsBlend(record.code);
 }
 
 int32_t EngineFree(EngineRecord* record) {
@@ -134,15 +134,16 @@ int32_t EngineFree(EngineRecord* record) {
   return kEngineDone;
 }
 
-void MapChannels(const EngineImage& image, const uint8_t* blue, const uint8_t* green, const uint8_t* red) {
-  for (int32_t y = 0; y < image.height; ++y) MapRow(image.Row(y), image.Row(y), image.width, {blue, green, red});
+void MapChannels(const EngineImage& from, const EngineImage& image, const uint8_t* blue, const uint8_t* green,
+                 const uint8_t* red) {
+  for (int32_t y = 0; y < image.height; ++y) MapRow(from.Row(y), image.Row(y), image.width, {blue, green, red});
 }
 
-void MapGray(const EngineImage& image, const GrayWeights& weights, const Curve& blue, const Curve& green,
-             const Curve& red) {
+void MapGray(const EngineImage& from, const EngineImage& image, const GrayWeights& weights, const Curve& blue,
+             const Curve& green, const Curve& red) {
   for (int32_t y = 0; y < image.height; ++y) {
     uint8_t* row = image.Row(y);
-    GrayRow(row, row, image.width, weights);
+    GrayRow(from.Row(y), row, image.width, weights);
     MapRow(row, row, image.width, {blue.data(), green.data(), red.data()});
   }
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "engine.h"
@@ -28,15 +29,24 @@ uint8_t* EnsureTable(EngineRecord& record, int32_t size, uint32_t flags);
 int32_t EngineInitLook(EngineRecord& record);
 int32_t EngineInitWarp(EngineRecord& record);
 int32_t EngineInitMerge(EngineRecord& record);
-int32_t EngineRunLook(EngineRecord& record, const EngineImage& image);
-int32_t EngineRunWarp(EngineRecord& record, const EngineImage& image);
-// Blends read `from`, which may be `image`; looks run in place on `image`.
-bool IsBlend(uint32_t code);
+// `from` is the picture as it came. `image` is the same, or another that holds a copy; blends and direct routines do
+// not need the copy.
+int32_t EngineRunLook(EngineRecord& record, const EngineImage& from, const EngineImage& image);
+int32_t EngineRunWarp(EngineRecord& record, const EngineImage& from, const EngineImage& image);
 int32_t EngineRunMerge(EngineRecord& record, const EngineImage& from, const EngineImage& image,
                        const EngineImage* second);
+bool IsDirectLook(uint32_t code);
+bool IsDirectWarp(uint32_t code);
+bool IsBlend(uint32_t code);
 
-// One look: its routine, and whether unmodified copies of the image must stand in workCopy and sourceCopy before it
-// runs.
+// A look that writes every pixel of `image`, alpha included, from those of `from`; both may be the same.
+struct DirectLook {
+  uint32_t code;
+  int32_t (*run)(EngineRecord& record, const EngineImage& from, const EngineImage& image);
+};
+
+// A look that works in place, and whether unmodified copies of the image must stand in workCopy and sourceCopy before
+// it runs.
 struct LookRoutine {
   uint32_t code;
   int32_t (*run)(EngineRecord& record, const EngineImage& image);
@@ -44,7 +54,8 @@ struct LookRoutine {
 };
 
 // The routine groups, a file each.
-std::span<const LookRoutine> ColorToneRoutines();
+std::span<const DirectLook> ColorToneLooks();
+std::span<const DirectLook> FlipLooks();
 std::span<const LookRoutine> FilmWearRoutines();
 std::span<const LookRoutine> CompositeRoutines();
 std::span<const LookRoutine> PaneRoutines();
@@ -76,11 +87,29 @@ void ForEachPixel(const EngineImage& image, PerPixel perPixel) {
   }
 }
 
-// Each of B, G and R through its own table; alpha stays.
-void MapChannels(const EngineImage& image, const uint8_t* blue, const uint8_t* green, const uint8_t* red);
+// Every pixel as a word 0xAARRGGBB through `map`. In these passes `from` may be `image`.
+template <typename Map>
+void MapWords(const EngineImage& from, const EngineImage& image, Map map) {
+  const int32_t width = image.width;
+  for (int32_t y = 0; y < image.height; ++y) {
+    const uint8_t* in = from.Row(y);
+    uint8_t* out = image.Row(y);
+#pragma GCC ivdep
+    for (int32_t x = 0; x < width; ++x) {
+      uint32_t word;
+      std::memcpy(&word, in + 4 * x, 4);
+      word = map(word);
+      std::memcpy(out + 4 * x, &word, 4);
+    }
+  }
+}
 
-// B, G and R become three functions of the pixel's grey.
-void MapGray(const EngineImage& image, const GrayWeights& weights, const Curve& blue, const Curve& green,
-             const Curve& red);
+// Each of B, G and R through its own table; alpha as in `from`.
+void MapChannels(const EngineImage& from, const EngineImage& image, const uint8_t* blue, const uint8_t* green,
+                 const uint8_t* red);
+
+// B, G and R become three functions of the pixel's grey; alpha as in `from`.
+void MapGray(const EngineImage& from, const EngineImage& image, const GrayWeights& weights, const Curve& blue,
+             const Curve& green, const Curve& red);
 
 #endif  // KVX_ENGINE_ENGINE_INTERNAL_H_

@@ -8,26 +8,41 @@ namespace {
 
 constexpr size_t kLookCodes = 98;
 
-std::array<LookRoutine, kLookCodes> CollectRoutines() {
-  std::array<LookRoutine, kLookCodes> byCode{};
-  for (const auto group : {ColorToneRoutines(), FilmWearRoutines(), CompositeRoutines(), PaneRoutines()}) {
-    for (const LookRoutine& routine : group) byCode[routine.code] = routine;
-  }
-  return byCode;
+struct Looks {
+  std::array<LookRoutine, kLookCodes> inPlace{};
+  std::array<DirectLook, kLookCodes> direct{};
+};
+
+const Looks& AllLooks() {
+  static const Looks looks = [] {
+    Looks all;
+    for (const auto group : {FilmWearRoutines(), CompositeRoutines(), PaneRoutines()}) {
+      for (const LookRoutine& look : group) all.inPlace[look.code] = look;
+    }
+    for (const auto group : {ColorToneLooks(), FlipLooks()}) {
+      for (const DirectLook& look : group) all.direct[look.code] = look;
+    }
+    return all;
+  }();
+  return looks;
 }
 
 }  // namespace
 
-int32_t EngineRunLook(EngineRecord& record, const EngineImage& image) {
-  static const std::array<LookRoutine, kLookCodes> routines = CollectRoutines();
-  const LookRoutine& routine = routines[record.code];
-  if (!routine.run) return kEngineFailed;
-  if (routine.prepares) {
+bool IsDirectLook(uint32_t code) {
+  return code < kLookCodes && AllLooks().direct[code].run;
+}
+
+int32_t EngineRunLook(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
+  if (IsDirectLook(record.code)) return AllLooks().direct[record.code].run(record, from, image);
+  const LookRoutine& look = AllLooks().inPlace[record.code];
+  if (!look.run) return kEngineFailed;
+  if (look.prepares) {
     uint8_t* work = EnsureWorkCopy(record, image.totalBytes);
     uint8_t* source = EnsureSourceCopy(record, image.totalBytes);
     if (!work || !source) return kEngineNoScratch;
     std::memcpy(work, image.pixels, static_cast<size_t>(image.totalBytes));
     std::memcpy(source, image.pixels, static_cast<size_t>(image.totalBytes));
   }
-  return routine.run(record, image);
+  return look.run(record, image);
 }

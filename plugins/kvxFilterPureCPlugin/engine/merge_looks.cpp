@@ -52,7 +52,7 @@ void MapLook(const EngineImage& frame, CurveLook look) {
     return made;
   }();
   const CurveSet& set = sets[look];
-  MapChannels(frame, set.blue.data(), set.green.data(), set.red.data());
+  MapChannels(frame, frame, set.blue.data(), set.green.data(), set.red.data());
 }
 
 // Codes 2193 to 2197: curves, then a share of a blend. A material of another size is left out.

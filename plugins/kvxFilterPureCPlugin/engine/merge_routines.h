@@ -3,6 +3,7 @@
 #define KVX_ENGINE_MERGE_ROUTINES_H_
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -38,9 +39,16 @@ struct MergeLook {
 std::span<const BlendMode> BlendModeRows();
 std::span<const MergeLook> MergeLookRows();
 
-// A run of pixels as Blend hands it to an Extra.
+// Pixels that Blend takes at a time, and their bytes.
 inline constexpr int32_t kBlendRun = 64;
-using BlendBytes = uint8_t[4 * kBlendRun];
+using BlendBytes = std::array<uint8_t, 4 * kBlendRun>;
+
+// All ones at the alphas.
+inline constexpr BlendBytes kAlphas = [] {
+  BlendBytes bytes{};
+  for (size_t i = 3; i < bytes.size(); i += 4) bytes[i] = 255;
+  return bytes;
+}();
 
 struct NoExtra {};
 
@@ -55,15 +63,21 @@ template <typename Extra, typename Op>
       const uint8_t* m = images.material.Row(y) + 4 * x;
       uint8_t* to = images.to.Row(y) + 4 * x;
       const int32_t count = std::min(kBlendRun, width - x);
-      alignas(64) BlendBytes e, out;
-      if constexpr (std::is_same_v<Extra, NoExtra>) {
-        for (int32_t i = 0; i < 4 * count; ++i) out[i] = static_cast<uint8_t>(op(f[i], m[i]));
-      } else {
+      alignas(64) [[maybe_unused]] uint8_t e[4 * kBlendRun];
+      if constexpr (!std::is_same_v<Extra, NoExtra>) {
         for (int32_t i = 0; i < 4 * count; i += 4) StorePixel(e + i, extra(LoadPixel(f + i), LoadPixel(m + i)));
-        for (int32_t i = 0; i < 4 * count; ++i) out[i] = static_cast<uint8_t>(op(f[i], m[i], e[i]));
       }
-      for (int32_t i = 0; i < 4 * count; i += 4) {
-        StorePixel(to + i, (LoadPixel(f + i) & kAlphaByte) | (LoadPixel(out + i) & kColorBytes));
+      // `to` is `f` or apart from it.
+#pragma GCC ivdep
+      for (int32_t i = 0; i < 4 * count; ++i) {
+        uint8_t color;
+        if constexpr (std::is_same_v<Extra, NoExtra>) {
+          color = static_cast<uint8_t>(op(f[i], m[i]));
+        } else {
+          color = static_cast<uint8_t>(op(f[i], m[i], e[i]));
+        }
+        const uint8_t alpha = kAlphas[static_cast<size_t>(i)];
+        to[i] = static_cast<uint8_t>((color & ~alpha) | (f[i] & alpha));
       }
     }
   }

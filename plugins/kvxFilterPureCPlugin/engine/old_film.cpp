@@ -115,7 +115,7 @@ int32_t WornCurves(EngineRecord& record, const EngineImage& image) {
   Rand rand;
   AddFreshWear(image, rand);
   const CurveSet& set = record.code == 47 ? kOld70s : kXpro;
-  MapChannels(image, set.blue.data(), set.green.data(), set.red.data());
+  MapChannels(image, image, set.blue.data(), set.green.data(), set.red.data());
   return kEngineDone;
 }
 

@@ -8,31 +8,14 @@
 
 namespace {
 
-void SwapPixels(uint8_t* a, uint8_t* b) {
-  std::swap_ranges(a, a + 4, b);
-}
-
-int32_t FlipLeftRight(EngineRecord&, const EngineImage& image) {
-  for (int32_t y = 0; y < image.height; ++y) {
-    uint8_t* left = image.Row(y);
-    uint8_t* right = left + 4 * static_cast<ptrdiff_t>(image.width - 1);
-    for (; left < right; left += 4, right -= 4) SwapPixels(left, right);
-  }
-  return kEngineDone;
-}
-
-int32_t FlipTopBottom(EngineRecord&, const EngineImage& image) {
-  const ptrdiff_t rowBytes = 4 * static_cast<ptrdiff_t>(image.width);
-  for (int32_t top = 0, bottom = image.height - 1; top < bottom; ++top, --bottom) {
-    std::swap_ranges(image.Row(top), image.Row(top) + rowBytes, image.Row(bottom));
-  }
-  return kEngineDone;
-}
-
-int32_t FlipAll(EngineRecord&, const EngineImage& image) {
-  cv::Mat matrix(image.height, image.width, CV_8UC4, image.pixels, static_cast<size_t>(image.stepBytes));
-  cv::flip(matrix, matrix, 0);
-  cv::flip(matrix, matrix, 1);
+// `code` as OpenCV has it: 1 across, 0 down, -1 both.
+template <int code>
+int32_t Flip(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  const auto matrix = [](const EngineImage& i) {
+    return cv::Mat(i.height, i.width, CV_8UC4, i.pixels, static_cast<size_t>(i.stepBytes));
+  };
+  cv::Mat flipped = matrix(image);
+  cv::flip(matrix(from), flipped, code);
   return kEngineDone;
 }
 
@@ -56,11 +39,15 @@ int32_t MirrorTopBottom(EngineRecord&, const EngineImage& image) {
 
 }  // namespace
 
+std::span<const DirectLook> FlipLooks() {
+  static constexpr DirectLook kLooks[] = {{19, Flip<1>}, {20, Flip<0>}, {21, Flip<-1>}};
+  return kLooks;
+}
+
 std::span<const LookRoutine> PaneRoutines() {
   static constexpr LookRoutine kRoutines[] = {
-      {19, FlipLeftRight},   {20, FlipTopBottom}, {21, FlipAll}, {22, MirrorLeftRight},
-      {23, MirrorTopBottom}, {89, Jigsaw},        {90, Jigsaw},  {91, Jigsaw},
-      {92, Jigsaw},          {93, Jigsaw},        {94, Jigsaw},  {97, Kaleidoscope},
+      {22, MirrorLeftRight}, {23, MirrorTopBottom}, {89, Jigsaw}, {90, Jigsaw},       {91, Jigsaw},
+      {92, Jigsaw},          {93, Jigsaw},          {94, Jigsaw}, {97, Kaleidoscope},
   };
   return kRoutines;
 }

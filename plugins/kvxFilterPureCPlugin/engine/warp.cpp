@@ -8,27 +8,33 @@ namespace {
 
 constexpr uint32_t kFirst = 1025;
 constexpr size_t kCodes = 19;
-using Run = decltype(WarpRoutine::run);
-
-std::array<Run, kCodes> CollectRoutines() {
-  std::array<Run, kCodes> byCode{};
+std::array<WarpRoutine, kCodes> CollectRoutines() {
+  std::array<WarpRoutine, kCodes> byCode{};
   for (const auto group : {DisplaceRoutines(), MapRoutines(), DropRoutines(), FlameRoutines(), EdgeRoutines(),
                            BoxBlurRoutines(), TiltShiftRoutines(), ExplosionRoutines()}) {
-    for (const WarpRoutine& routine : group) byCode[routine.code - kFirst] = routine.run;
+    for (const WarpRoutine& routine : group) byCode[routine.code - kFirst] = routine;
   }
   return byCode;
 }
 
+const WarpRoutine& RoutineOf(uint32_t code) {
+  static const std::array<WarpRoutine, kCodes> routines = CollectRoutines();
+  return routines[code - kFirst];
+}
+
 }  // namespace
 
-int32_t EngineRunWarp(EngineRecord& record, const EngineImage& image) {
-  static const std::array<Run, kCodes> routines = CollectRoutines();
-  uint8_t* work = EnsureWorkCopy(record, image.totalBytes);
-  if (!work) return kEngineNoScratch;
-  std::memcpy(work, image.pixels, static_cast<size_t>(image.totalBytes));
-  const Run run = routines[record.code - kFirst];
-  if (!run) return kEngineFailed;
-  EngineImage copy = image;
-  copy.pixels = work;
-  return run(record, image, copy);
+bool IsDirectWarp(uint32_t code) {
+  return code >= kFirst && code < kFirst + kCodes && RoutineOf(code).writesEveryPixel;
+}
+
+int32_t EngineRunWarp(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
+  EngineImage copy = from;
+  if (from.pixels == image.pixels) {
+    copy.pixels = EnsureWorkCopy(record, image.totalBytes);
+    if (!copy.pixels) return kEngineNoScratch;
+    std::memcpy(copy.pixels, image.pixels, static_cast<size_t>(image.totalBytes));
+  }
+  const WarpRoutine& routine = RoutineOf(record.code);
+  return routine.run ? routine.run(record, image, copy) : kEngineFailed;
 }

@@ -23,18 +23,21 @@ void ForInnerRows(const EngineImage& frame, const EngineImage& copy, PerRow row)
   }
 }
 
-// The same over the grey plane, one byte a pixel, which takes the copy's place.
+// The same over the grey plane, one byte a pixel, which lies in workCopy.
 template <typename PerRow>
-void ForInnerGrayRows(const EngineImage& frame, const EngineImage& copy, PerRow row) {
+int32_t ForInnerGrayRows(EngineRecord& record, const EngineImage& frame, PerRow row) {
   const int32_t width = frame.width;
-  MakeGrayPlane(frame, copy.pixels);
-  if (width < 3) return;
+  uint8_t* plane = EnsureWorkCopy(record, frame.totalBytes);
+  if (!plane) return kEngineNoScratch;
+  MakeGrayPlane(frame, plane);
+  if (width < 3) return kEngineDone;
   std::vector<uint8_t> out(static_cast<size_t>(width));
   for (int32_t y = 1; y < frame.height - 1; ++y) {
-    const uint8_t* mid = copy.pixels + static_cast<ptrdiff_t>(y) * width;
+    const uint8_t* mid = plane + static_cast<ptrdiff_t>(y) * width;
     row(RowTriple{mid - width, mid, mid + width}, out.data());
     StoreGrays(frame.Row(y) + 4, out.data() + 1, width - 2);
   }
+  return kEngineDone;
 }
 
 int32_t Sharpen(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
@@ -59,13 +62,12 @@ inline int32_t Gradient(const RowTriple& r, int32_t i, int32_t apart) {
   return std::min(gx + gy, 255);
 }
 
-int32_t Sketch(EngineRecord& record, const EngineImage& frame, const EngineImage& copy) {
+int32_t Sketch(EngineRecord& record, const EngineImage& frame, const EngineImage&) {
   const int32_t level = Percent(record.level);
   const int32_t last = frame.width - 1;
-  ForInnerGrayRows(frame, copy, [=](const RowTriple& r, uint8_t* out) {
+  return ForInnerGrayRows(record, frame, [=](const RowTriple& r, uint8_t* out) {
     for (int32_t i = 1; i < last; ++i) out[i] = static_cast<uint8_t>(255 - ((Gradient(r, i, 1) + level) >> 1));
   });
-  return kEngineDone;
 }
 
 int32_t Neon(EngineRecord& record, const EngineImage& frame, const EngineImage& copy) {
@@ -86,20 +88,20 @@ std::array<uint32_t, 256> Reciprocals(uint32_t offset) {
 }
 
 // Grey divided by the largest grey around: lines stay, areas turn white.
-int32_t SketchB(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
+int32_t SketchB(EngineRecord& record, const EngineImage& frame, const EngineImage&) {
   const std::array<uint32_t, 256> reciprocal = Reciprocals(0);
   const int32_t width = frame.width;
   std::vector<uint8_t> scratch(2 * static_cast<size_t>(width));
   uint8_t* largest = scratch.data() + width;
-  ForInnerGrayRows(frame, copy, [&](const RowTriple& r, uint8_t* out) {
+  const int32_t status = ForInnerGrayRows(record, frame, [&](const RowTriple& r, uint8_t* out) {
     MaxOf3x3(r, 1, width, scratch.data(), largest);
     for (int32_t i = 1; i < width - 1; ++i) {
       const uint32_t ratio = largest[i] ? (reciprocal[largest[i]] * r.mid[i]) >> 16 : 255;
       out[i] = static_cast<uint8_t>(std::min(ratio, 255u));
     }
   });
-  FillRim(frame, 255);  // a pixel divided by itself
-  return kEngineDone;
+  if (status == kEngineDone) FillRim(frame, 255);  // a pixel divided by itself
+  return status;
 }
 
 // The same for each colour channel by itself, darker.

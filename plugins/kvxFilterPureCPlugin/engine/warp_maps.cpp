@@ -126,6 +126,7 @@ int32_t Whirl(EngineRecord& record, const EngineImage& frame, const EngineImage&
 }  // namespace
 
 std::span<const WarpRoutine> MapRoutines() {
-  static constexpr WarpRoutine kRoutines[] = {{1032, Tunnel}, {1033, Enlarge}, {1034, Narrow}, {1035, Whirl}};
+  static constexpr WarpRoutine kRoutines[] = {
+      {1032, Tunnel, true}, {1033, Enlarge, true}, {1034, Narrow, true}, {1035, Whirl, true}};
   return kRoutines;
 }

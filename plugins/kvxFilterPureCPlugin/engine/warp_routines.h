@@ -10,8 +10,9 @@
 
 struct WarpRoutine {
   uint32_t code;
-  // `copy` is the frame as it came. It lies in workCopy, and a routine that needs it no more may overwrite it.
+  // `copy` is the frame as it came, apart from `frame`, which holds the same pixels.
   int32_t (*run)(EngineRecord& record, const EngineImage& frame, const EngineImage& copy);
+  bool writesEveryPixel = false;  // and does not read the frame before
 };
 
 // The routine groups, a file each.

@@ -156,7 +156,7 @@ int32_t TiltShift(EngineRecord& record, const EngineImage& frame, const EngineIm
     StoreColors(frame.Row(y), out.data(), beside ? left : width);
     if (beside) StoreColors(frame.Row(y) + 4 * right, out.data() + 4 * static_cast<ptrdiff_t>(right), width - right);
   }
-  SineContrast(frame, record.level);
+  SineContrast(frame, frame, record.level);
   return kEngineDone;
 }
 

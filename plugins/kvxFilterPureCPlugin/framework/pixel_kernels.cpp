@@ -21,8 +21,8 @@ namespace HWY_NAMESPACE {
 void GrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights) {
   GrayRowScalar(src, dst, count, weights);
 }
-void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets) {
-  ColorizeRowScalar(pixels, count, offsets);
+void ColorizeRow(const uint8_t* src, uint8_t* dst, int32_t count, const ColorizeOffsets& offsets) {
+  ColorizeRowScalar(src, dst, count, offsets);
 }
 void SaturateRow(const uint8_t* src, uint8_t* dst, int32_t count, const SaturationWeights& weights) {
   SaturateRowScalar(src, dst, count, weights);
@@ -72,7 +72,7 @@ void GrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights&
   GrayRowScalar(src + 4 * x, dst + 4 * x, count - x, weights);
 }
 
-void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets) {
+void ColorizeRow(const uint8_t* src, uint8_t* dst, int32_t count, const ColorizeOffsets& offsets) {
   const hn::ScalableTag<uint32_t> d;
   const hn::RebindToSigned<decltype(d)> di;
   const auto lanes = static_cast<int32_t>(hn::Lanes(d));
@@ -82,7 +82,7 @@ void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets)
   const auto top = hn::Set(di, 255);
   int32_t x = 0;
   for (; x + lanes <= count; x += lanes) {
-    const auto word = LoadPixels(d, pixels + 4 * x);
+    const auto word = LoadPixels(d, src + 4 * x);
     const auto b = hn::Mul(hn::And(word, byte), hn::Set(d, 7450));
     const auto g = hn::Mul(hn::And(hn::ShiftRight<8>(word), byte), hn::Set(d, 38442));
     const auto r = hn::Mul(hn::And(hn::ShiftRight<16>(word), byte), hn::Set(d, 19668));
@@ -93,9 +93,9 @@ void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets)
     };
     const auto rgb = hn::Or(channel(offsets.blue),
                             hn::Or(hn::ShiftLeft<8>(channel(offsets.green)), hn::ShiftLeft<16>(channel(offsets.red))));
-    StorePixels(hn::Or(rgb, hn::And(word, alphaMask)), d, pixels + 4 * x);
+    StorePixels(hn::Or(rgb, hn::And(word, alphaMask)), d, dst + 4 * x);
   }
-  ColorizeRowScalar(pixels + 4 * x, count - x, offsets);
+  ColorizeRowScalar(src + 4 * x, dst + 4 * x, count - x, offsets);
 }
 
 void SaturateRow(const uint8_t* src, uint8_t* dst, int32_t count, const SaturationWeights& weights) {
@@ -257,17 +257,18 @@ void GrayRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWe
   }
 }
 
-void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets) {
+void ColorizeRow(const uint8_t* src, uint8_t* dst, int32_t count, const ColorizeOffsets& offsets) {
   using namespace kvx;
-  HWY_DYNAMIC_DISPATCH(ColorizeRow)(pixels, count, offsets);
+  HWY_DYNAMIC_DISPATCH(ColorizeRow)(src, dst, count, offsets);
 }
 
-void ColorizeRowScalar(uint8_t* p, int32_t count, const ColorizeOffsets& offsets) {
-  for (int32_t x = 0; x < count; ++x, p += 4) {
-    const int32_t y = (7450 * p[0] + 38442 * p[1] + 19668 * p[2] + 65535) >> 8;
-    p[0] = static_cast<uint8_t>(std::clamp((y + offsets.blue) >> 8, 0, 255));
-    p[1] = static_cast<uint8_t>(std::clamp((y + offsets.green) >> 8, 0, 255));
-    p[2] = static_cast<uint8_t>(std::clamp((y + offsets.red) >> 8, 0, 255));
+void ColorizeRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const ColorizeOffsets& offsets) {
+  for (int32_t x = 0; x < count; ++x, src += 4, dst += 4) {
+    const int32_t y = (7450 * src[0] + 38442 * src[1] + 19668 * src[2] + 65535) >> 8;
+    dst[3] = src[3];
+    dst[0] = static_cast<uint8_t>(std::clamp((y + offsets.blue) >> 8, 0, 255));
+    dst[1] = static_cast<uint8_t>(std::clamp((y + offsets.green) >> 8, 0, 255));
+    dst[2] = static_cast<uint8_t>(std::clamp((y + offsets.red) >> 8, 0, 255));
   }
 }
 

@@ -22,12 +22,13 @@ struct GrayWeights {
 void GrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights);
 void GrayRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights);
 
-// Byte c becomes clamp((y + offset[c]) >> 8) with y = (7450 byte0 + 38442 byte1 + 19668 byte2 + 65535) >> 8; in place.
+// Byte c becomes clamp((y + offset[c]) >> 8) with y = (7450 byte0 + 38442 byte1 + 19668 byte2 + 65535) >> 8. Byte 3 is
+// copied. `dst` may be `src`.
 struct ColorizeOffsets {
   int32_t blue, green, red;
 };
-void ColorizeRow(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets);
-void ColorizeRowScalar(uint8_t* pixels, int32_t count, const ColorizeOffsets& offsets);
+void ColorizeRow(const uint8_t* src, uint8_t* dst, int32_t count, const ColorizeOffsets& offsets);
+void ColorizeRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const ColorizeOffsets& offsets);
 
 // Byte c becomes trunc(c * s + gray), with gray = (byte0 * w0 + byte1 * w1 + byte2 * w2) >> 16, 32-bit wrapping. With
 // `clamp` to 0..255, otherwise its low byte. Byte 3 is copied.
