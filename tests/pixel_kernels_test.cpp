@@ -10,6 +10,9 @@
 #include <limits>
 #include <vector>
 
+#include "EdgeLight.h"
+#include "row_loops.h"
+
 namespace {
 
 using Bytes = std::vector<uint8_t>;
@@ -120,6 +123,54 @@ TEST(PixelKernels, Map) {
     Compare([&](auto* src, auto* dst, int32_t n) { MapRowScalar(src, dst, n, three); },
             [&](auto* src, auto* dst, int32_t n) { MapRow(src, dst, n, three); });
   });
+}
+
+TEST(PixelKernels, Relight) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const Bytes& edges : Rows(4 * kLongest)) {
+    for (const EdgeLight& light :
+         {EdgeLight{0, 0, 0}, EdgeLight{100, 1.7, 0}, EdgeLight{30, -2, 0.6}, EdgeLight{255, 0.3, 0.999},
+          EdgeLight{-1, 500, -3}, EdgeLight{60, 1e300, 0}, EdgeLight{20, infinity, -infinity},
+          EdgeLight{std::numeric_limits<float>::quiet_NaN(), 1, 0.5}}) {
+      OnEveryTarget([&] {
+        Compare([&](auto* src, auto* dst, int32_t n) { RelightRowScalar(src, edges.data(), dst, n, light); },
+                [&](auto* src, auto* dst, int32_t n) { RelightRow(src, edges.data(), dst, n, light); });
+      });
+    }
+  }
+  // Dark pixels, whose saturation divides by little or nothing.
+  Bytes dark(4 * 27), expected(dark.size()), actual(dark.size());
+  for (size_t i = 0; i < 27; ++i) dark[4 * i] = i % 3, dark[4 * i + 1] = i / 3 % 3, dark[4 * i + 2] = i / 9;
+  for (const Bytes& edges : {Bytes(dark.size(), 0), Bytes(dark.size(), 1), Bytes(dark.size(), 9)}) {
+    RelightRowScalar(dark.data(), edges.data(), expected.data(), 27, {-1, 0.5, 0});
+    OnEveryTarget([&] {
+      RelightRow(dark.data(), edges.data(), actual.data(), 27, {-1, 0.5, 0});
+      EXPECT_EQ(actual, expected);
+    });
+  }
+}
+
+// The loops that the compiler makes into vectors: a row at once must be what its pixels are one at a time.
+TEST(PixelKernels, RowLoops) {
+  const Bytes rows = Rows(3 * 4 * (kLongest + 2)).front();
+  const auto row = [&](int32_t y) { return rows.data() + 4 * (kLongest + 2) * y + 4; };
+  using Loop = std::function<void(const uint8_t* src, uint8_t* dst, int32_t x, int32_t count)>;
+  for (const Loop& loop :
+       {Loop([&](auto*, auto*dst, int32_t x, int32_t n) {
+          SobelRow(row(0) + 4 * x, row(1) + 4 * x, row(2) + 4 * x, dst, n);
+        }),
+        Loop([&](auto*src, auto*dst, int32_t x, int32_t n) { ReliefRow(src, row(1) + 4 * x, dst, n, 40, 127); }),
+        Loop([&](auto*, auto*dst, int32_t x, int32_t n) { SharpenRow(row(0) + 4 * x, row(1) + 4 * x, dst, n, 1.28); }),
+        Loop([&](auto*, auto*dst, int32_t x, int32_t n) { SharpenRow(row(0) + 4 * x, row(1) + 4 * x, dst, n, -1e6); }),
+        Loop([&](auto*src, auto*dst, int32_t x, int32_t n) { UnderlayRow(src, row(2) + 4 * x, dst, n, 0xC0FF31); })}) {
+    OnEveryTarget([&] {
+      Compare(
+          [&](auto* src, auto* dst, int32_t n) {
+            for (int32_t x = 0; x < n; ++x) loop(src + 4 * x, dst + 4 * x, x, 1);
+          },
+          [&](auto* src, auto* dst, int32_t n) { loop(src, dst, 0, n); });
+    });
+  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "my_resize.h"
 #include "numeric.h"
 #include "parallel.h"
+#include "row_loops.h"
 
 namespace {
 
@@ -53,9 +54,7 @@ class parallelInvoker : public cv::ParallelLoopBody {
 class parallelBGFCommon : public cv::ParallelLoopBody {
  public:
   parallelBGFCommon(FrameView dst, ConstFrameView src, ConstFrameView back, uint32_t color)
-      : dst_(dst), src_(src), back_(back) {
-    for (int c = 0; c < 3; ++c) colorMul_[c] = static_cast<uint8_t>(color >> (8 * c));
-  }
+      : dst_(dst), src_(src), back_(back), color_(color) {}
 
   void operator()(const cv::Range& bands) const override {
     CompositeRows(BandStart(bands.start), BandStart(bands.end));
@@ -63,17 +62,7 @@ class parallelBGFCommon : public cv::ParallelLoopBody {
 
   void CompositeRows(int32_t first, int32_t end) const {
     for (int32_t y = first; y < end; ++y) {
-      const uint8_t* s = src_.Row(y);
-      const uint8_t* b = back_.Row(y);
-      uint8_t* out = dst_.Row(y);
-      for (int32_t x = 0; x < dst_.width; ++x, s += 4, b += 4, out += 4) {
-        const uint32_t alpha = s[3];
-        const uint32_t rest = 255 - alpha;
-        for (int c = 0; c < 3; ++c) {
-          out[c] = static_cast<uint8_t>((((uint32_t{b[c]} * colorMul_[c]) >> 8) * rest + s[c] * alpha) >> 8);
-        }
-        out[3] = static_cast<uint8_t>(((b[3] * rest) >> 8) + alpha);
-      }
+      UnderlayRow(src_.Row(y), back_.Row(y), dst_.Row(y), dst_.width, color_);
     }
   }
 
@@ -83,7 +72,7 @@ class parallelBGFCommon : public cv::ParallelLoopBody {
   FrameView dst_;
   ConstFrameView src_;
   ConstFrameView back_;
-  uint8_t colorMul_[3];
+  uint32_t color_;
 };
 
 // Multiplies bytes 0 to 2 by byte 3: c * a * 0.003921569 cut, which is c * a / 255 for all bytes.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstring>
 #include <vector>
@@ -10,11 +9,12 @@
 #include "frame.h"
 #include "numeric.h"
 #include "random.h"
+#include "row_loops.h"
 
 namespace {
 
 constexpr ParamRow kParams[] = {{u"Num", 0, 0, 40}, {u"Dist", 0, 0, 100}};
-constexpr size_t kMostClusters = 40;
+constexpr size_t kMostClusters = ClusterSquares::kMost;
 
 struct Cluster {
   int32_t x, y;
@@ -52,7 +52,7 @@ struct Metric {
   }
 
   // The first of the nearest, 0 if none is nearer than the diagonal is long.
-  size_t Nearest(const Clusters& clusters, size_t count, const uint8_t* pixel, int32_t x, int32_t y) const {
+  uint8_t Nearest(const Clusters& clusters, size_t count, const uint8_t* pixel, int32_t x, int32_t y) const {
     float best = longest;
     size_t nearest = 0;
     for (size_t i = 0; i < count; ++i) {
@@ -62,83 +62,47 @@ struct Metric {
         nearest = i;
       }
     }
-    return nearest;
+    return static_cast<uint8_t>(nearest);
   }
 };
 
-// Finds nearest clusters for pieces of rows at once, by squares without roots. The squares order the clusters as the
-// metric does, except where the two least are so close that rounding may decide; there the metric is asked.
+// Finds nearest clusters by squares without roots. The squares order the clusters as the metric does, except where the
+// two least are so close that rounding may decide; there the metric is asked.
 class Search {
  public:
   Search(const Clusters& clusters, size_t count, const Metric& metric, int32_t width)
-      : clusters_(clusters),
-        count_(count),
-        metric_(metric),
-        columns_(count * static_cast<size_t>(width)),
-        width_(width) {
+      : clusters_(clusters), metric_(metric), columns_(count * static_cast<size_t>(width)), width_(width) {
     place_ = static_cast<float>(metric.weight / metric.longest / metric.longest);
-    colour_ = static_cast<float>((1 - metric.weight) / metric.mostColour / metric.mostColour);
+    squares_.colourShare = static_cast<float>((1 - metric.weight) / metric.mostColour / metric.mostColour);
+    squares_.count = static_cast<int32_t>(count);
     float* column = columns_.data();
     for (size_t i = 0; i < count; ++i) {
-      std::copy_n(clusters[i].colour, 3, colours_[i].begin());
+      std::copy_n(clusters[i].colour, 3, squares_.colours[i]);
       for (int32_t x = 0; x < width; ++x) *column++ = Place(x - clusters[i].x);
     }
   }
 
   void Row(const uint8_t* in, int32_t y, uint8_t* nearest) {
-    for (int32_t x = 0; x < width_; x += kPiece) Piece(in, x, std::min(kPiece, width_ - x), y, nearest);
+    const auto count = static_cast<size_t>(squares_.count);
+    for (size_t i = 0; i < count; ++i) squares_.rows[i] = Place(y - clusters_[i].y);
+    for (int32_t left = 0; left < width_; left += kClusterPiece) {
+      for (size_t i = 0; i < count; ++i) squares_.columns[i] = &columns_[i * static_cast<size_t>(width_)] + left;
+      NearestClusters(squares_, in + 4 * left, nearest + left, std::min(kClusterPiece, width_ - left));
+    }
+    for (int32_t x = 0; x < width_; ++x) {
+      if (nearest[x] == kDoubtful) nearest[x] = metric_.Nearest(clusters_, count, in + 4 * x, x, y);
+    }
   }
 
  private:
-  static constexpr int32_t kPiece = 256;
-  // The lowest bits of a square hold its cluster's number, so that the least square tells whose it is.
-  static constexpr uint32_t kNumberBits = 63;
-  static_assert(kMostClusters <= kNumberBits);
-  // What the squares and the metric may differ by, and the numbers take, is far below this share.
-  static constexpr float kDoubt = 1.0f + 1.0f / 4096;
-  static constexpr float kTiny = 1e-30f;
-
   float Place(int32_t d) const { return static_cast<float>(d) * static_cast<float>(d) * place_; }
 
-  void Piece(const uint8_t* in, int32_t left, int32_t n, int32_t y, uint8_t* nearest) {
-    const uint8_t* pixels = in + static_cast<ptrdiff_t>(left) * 4;
-    for (int32_t k = 0; k < n; ++k) {
-      byte0_[k] = pixels[4 * k];
-      byte1_[k] = pixels[4 * k + 1];
-      byte2_[k] = pixels[4 * k + 2];
-      first_[k] = second_[k] = 1e30f;
-    }
-    for (size_t i = 0; i < count_; ++i) {
-      const auto [c0, c1, c2] = colours_[i];
-      const float row = Place(y - clusters_[i].y);
-      const float* column = columns_.data() + i * static_cast<size_t>(width_) + left;
-      const uint32_t number = static_cast<uint32_t>(i);
-      for (int32_t k = 0; k < n; ++k) {
-        const float d0 = byte0_[k] - c0, d1 = byte1_[k] - c1, d2 = byte2_[k] - c2;
-        const float square = (d0 * d0 + d1 * d1 + d2 * d2) * colour_ + (column[k] + row);
-        const float v = std::bit_cast<float>((std::bit_cast<uint32_t>(square) & ~kNumberBits) | number);
-        const float first = first_[k];
-        const float loser = first < v ? v : first;
-        second_[k] = loser < second_[k] ? loser : second_[k];
-        first_[k] = v < first ? v : first;
-      }
-    }
-    for (int32_t k = 0; k < n; ++k) {
-      const bool sure = second_[k] > kTiny && first_[k] * kDoubt < second_[k];
-      const int32_t x = left + k;
-      nearest[x] = static_cast<uint8_t>(sure ? std::bit_cast<uint32_t>(first_[k]) & kNumberBits
-                                             : metric_.Nearest(clusters_, count_, pixels + 4 * k, x, y));
-    }
-  }
-
   const Clusters& clusters_;
-  size_t count_;
   Metric metric_;
-  float place_, colour_;  // what a squared distance counts
-  std::array<std::array<float, 3>, kMostClusters> colours_;
+  float place_;  // what a squared distance counts
+  ClusterSquares squares_;
   std::vector<float> columns_;  // the part of a square that x decides, for each cluster
   int32_t width_;
-  float byte0_[kPiece], byte1_[kPiece], byte2_[kPiece], first_[kPiece], second_[kPiece];
 };
 
 // Bytes 0 to 2 in the nearest cluster's colour; byte 3 of the destination stays as it is.
@@ -153,7 +117,7 @@ void Paint(ConstFrameView src, FrameView dst, const Clusters& clusters, size_t c
       search.Row(in, y, nearest.data());
     } else {
       for (int32_t x = 0; x < dst.width; ++x) {
-        nearest[static_cast<size_t>(x)] = static_cast<uint8_t>(metric.Nearest(clusters, count, in + 4 * x, x, y));
+        nearest[static_cast<size_t>(x)] = metric.Nearest(clusters, count, in + 4 * x, x, y);
       }
     }
     for (int32_t x = 0; x < dst.width; ++x)

@@ -1,6 +1,9 @@
 #include "Sharpen.h"
 
+#include <cmath>
+
 #include "frame.h"
+#include "row_loops.h"
 
 namespace {
 
@@ -15,6 +18,8 @@ uint8_t Sharpened(int32_t p, double k, int32_t difference) {
 
 // The difference is that of two pixels of a row to the two below them, and 0 in the last row and column.
 void Sharpen(ConstFrameView src, FrameView dst, double k) {
+  if (dst.Empty()) return;
+  const bool common = std::fabs(k) <= kMostSharpening;
   const int32_t rowBytes = dst.width * 4;
   for (int32_t y = 0; y < dst.height; ++y) {
     const uint8_t* in = src.Row(y);
@@ -22,6 +27,10 @@ void Sharpen(ConstFrameView src, FrameView dst, double k) {
     int32_t j = 0;
     if (y < dst.height - 1) {
       const uint8_t* below = src.Row(y + 1);
+      if (common) {
+        SharpenRow(in, below, out, dst.width - 1, k);
+        j = rowBytes - 4;
+      }
       for (; j < rowBytes - 4; ++j) {
         const uint8_t sharpened = Sharpened(in[j], k, in[j] + in[j + 4] - below[j] - below[j + 4]);
         out[j] = j % 4 == 3 ? in[j] : sharpened;

@@ -8,6 +8,16 @@
 
 #include "numeric.h"
 
+// All of this file is compiled once for each vector target. Its loops are plain, so that all targets give the same
+// bytes, in vectors of whatever the machine has.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "StackBlur.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace stack_blur {
+namespace HWY_NAMESPACE {
 namespace {
 
 // The weighted sum S at a radius is divided by (radius + 1)^2 as S * multiplier >> shift.
@@ -105,12 +115,28 @@ void BlurColumns(FrameView frame, int32_t radius, uint8_t* ring) {
   }
 }
 
-// Swaps rows and columns of 32-bit pixels.
+// Swaps rows and columns of 32-bit pixels, blocks of 4 by 4 in registers.
 void Transpose(ConstFrameView src, FrameView dst) {
-  for (int32_t x = 0; x < src.width; ++x) {
-    uint8_t* out = dst.Row(x);
-    const uint8_t* in = src.Pixel(x, 0);
-    for (int32_t y = 0; y < src.height; ++y) std::memcpy(out + 4 * y, in + static_cast<ptrdiff_t>(y) * src.step, 4);
+  using Four [[gnu::vector_size(16)]] = uint32_t;
+  const int32_t width = src.width & ~3;
+  const int32_t height = src.height & ~3;
+  for (int32_t y = 0; y < height; y += 4) {
+    for (int32_t x = 0; x < width; x += 4) {
+      Four rows[4], columns[4];
+      for (int i = 0; i < 4; ++i) std::memcpy(&rows[i], src.Pixel(x, y + i), sizeof(Four));
+      const Four left01 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
+      const Four left23 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
+      const Four right01 = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
+      const Four right23 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
+      columns[0] = __builtin_shufflevector(left01, left23, 0, 1, 4, 5);
+      columns[1] = __builtin_shufflevector(left01, left23, 2, 3, 6, 7);
+      columns[2] = __builtin_shufflevector(right01, right23, 0, 1, 4, 5);
+      columns[3] = __builtin_shufflevector(right01, right23, 2, 3, 6, 7);
+      for (int i = 0; i < 4; ++i) std::memcpy(dst.Pixel(y, x + i), &columns[i], sizeof(Four));
+    }
+  }
+  for (int32_t y = 0; y < src.height; ++y) {
+    for (int32_t x = y < height ? width : 0; x < src.width; ++x) std::memcpy(dst.Pixel(y, x), src.Pixel(x, y), 4);
   }
 }
 
@@ -127,10 +153,26 @@ void BlurRows(FrameView frame, int32_t radius, uint8_t* ring) {
 
 }  // namespace
 
-void StackBlur(FrameView frame, int32_t radius) {
-  if (frame.Empty()) return;
-  radius = ClampInt(radius, 0, kMaxStackRadius);
+void BlurFrame(FrameView frame, int32_t radius) {
   std::vector<uint8_t> ring(static_cast<size_t>(radius + 1) * kLanes);
   BlurRows(frame, radius, ring.data());
   BlurColumns(frame, radius, ring.data());
 }
+
+}  // namespace HWY_NAMESPACE
+}  // namespace stack_blur
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace stack_blur {
+HWY_EXPORT(BlurFrame);
+}  // namespace stack_blur
+
+void StackBlur(FrameView frame, int32_t radius) {
+  using namespace stack_blur;
+  if (frame.Empty()) return;
+  HWY_DYNAMIC_DISPATCH(BlurFrame)(frame, ClampInt(radius, 0, kMaxStackRadius));
+}
+
+#endif  // HWY_ONCE

@@ -6,6 +6,7 @@
 #include "engine_internal.h"
 #include "film_wear.h"
 #include "numeric.h"
+#include "row_loops.h"
 
 namespace film {
 
@@ -61,18 +62,8 @@ int32_t Mosaic(EngineRecord& record, const EngineImage& image) {
 int32_t Emboss(EngineRecord& record, const EngineImage& image) {
   const float reach = static_cast<float>(record.level / 10 + 1) * static_cast<float>(image.width) / 640.0f;
   const int32_t distance = std::clamp(Trunc32(reach), 0, image.width);
-  const int32_t raised = image.width - distance;
   std::vector<int32_t> sums(static_cast<size_t>(image.width));
-  for (int32_t y = 0; y < image.height; ++y) {
-    uint8_t* row = image.Row(y);
-    for (int32_t x = 0; x < image.width; ++x) sums[x] = row[4 * x] + 2 * row[4 * x + 1] + row[4 * x + 2];
-    const int32_t* beside = sums.data() + distance;
-    for (int32_t x = 0; x < raised; ++x) {
-      const int32_t v = (sums[x] - beside[x]) >> 2;
-      SetGray(row + 4 * x, static_cast<uint8_t>(std::clamp(v + 128, 0, 255)));
-    }
-    for (int32_t x = raised; x < image.width; ++x) SetGray(row + 4 * x, 128);
-  }
+  for (int32_t y = 0; y < image.height; ++y) GrayReliefRow(image.Row(y), sums.data(), image.width, distance);
   return kEngineDone;
 }
 

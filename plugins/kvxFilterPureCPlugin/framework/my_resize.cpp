@@ -8,105 +8,151 @@
 #include "numeric.h"
 #include "parallel.h"
 
+// ResizeSpan is compiled once for each vector target. Its loops are plain, so that all targets give the same bytes.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "my_resize.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace resize {
+namespace HWY_NAMESPACE {
+
+// Weighs the four neighbours of each of `count` pixels, first those of the upper row: near and far, then the lower
+// row's. `farWeights` are the columns', `lowerWeight` is the row's.
+void ResizeSpan(const uint8_t* const neighbours[4], const float* farWeights, float lowerWeight, uint8_t* out,
+                int32_t count) {
+  constexpr int32_t kRun = 64;
+  // As BlendTables::multiply, in a form that runs many bytes at a time.
+  const auto multiply = [](uint8_t a, uint8_t b) HWY_ATTR {
+    const uint16_t t = static_cast<uint16_t>(a * b + 128);
+    return static_cast<uint16_t>(static_cast<uint16_t>(t + (t >> 8)) >> 8);
+  };
+  const float upperWeight = 1.0f - lowerWeight;
+  for (int32_t x = 0; x < count; x += kRun) {
+    const int32_t n = std::min(kRun, count - x);
+    // Each pixel's weights, four times over, for its four bytes.
+    uint32_t weights[4][kRun];
+    for (int32_t i = 0; i < n; ++i) {
+      const float far = farWeights[x + i];
+      const float near = 1.0f - far;
+      weights[0][i] = static_cast<uint32_t>(static_cast<int32_t>(near * upperWeight * 255)) * 0x01010101u;
+      weights[1][i] = static_cast<uint32_t>(static_cast<int32_t>(far * upperWeight * 255)) * 0x01010101u;
+      weights[2][i] = static_cast<uint32_t>(static_cast<int32_t>(near * lowerWeight * 255)) * 0x01010101u;
+      weights[3][i] = static_cast<uint32_t>(static_cast<int32_t>(far * lowerWeight * 255)) * 0x01010101u;
+    }
+    const uint8_t* w[4];
+    const uint8_t* p[4];
+    for (int k = 0; k < 4; ++k) {
+      w[k] = reinterpret_cast<const uint8_t*>(weights[k]);
+      p[k] = neighbours[k] + 4 * x;
+    }
+    for (int32_t j = 0; j < 4 * n; ++j) {
+      const uint16_t sum = static_cast<uint16_t>(multiply(w[0][j], p[0][j]) + multiply(w[1][j], p[1][j]) +
+                                                 multiply(w[2][j], p[2][j]) + multiply(w[3][j], p[3][j]));
+      out[4 * x + j] = static_cast<uint8_t>(sum < 255 ? sum : 255);
+    }
+  }
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace resize
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace resize {
 namespace {
 
-// As BlendTables::multiply, in a form that runs many bytes at a time.
-uint16_t Multiply(uint8_t a, uint8_t b) {
-  const uint16_t t = static_cast<uint16_t>(a * b + 128);
-  return static_cast<uint16_t>(static_cast<uint16_t>(t + (t >> 8)) >> 8);
-}
+HWY_EXPORT(ResizeSpan);
+
+// Where a destination row or column reads.
+struct Place {
+  int32_t near;
+  int32_t far;
+  float weight;  // of `far`
+
+  Place(int32_t at, float ratio, int32_t size) {
+    const float place = static_cast<float>(at) * ratio;
+    const int32_t whole = static_cast<int32_t>(place);
+    near = ClampInt(whole, 0, size - 1);
+    far = ClampInt(near + 1, 0, size - 1);
+    weight = place - static_cast<float>(whole);
+  }
+};
 
 class parallelMyResizeInvoker : public cv::ParallelLoopBody {
  public:
-  parallelMyResizeInvoker(const uint8_t* src, uint8_t* dst, int32_t dstWidth, int32_t dstHeight, int32_t dstStep,
-                          int32_t srcWidth, int32_t srcHeight, int32_t srcStep)
+  parallelMyResizeInvoker(ConstFrameView src, FrameView dst)
       : src_(src),
         dst_(dst),
-        dstWidth_(dstWidth),
-        dstStep_(dstStep),
-        srcHeight_(srcHeight),
-        srcStep_(srcStep),
-        verticalRatio_(static_cast<float>(srcHeight) / static_cast<float>(dstHeight)),
-        columns_(static_cast<size_t>(dstWidth)) {
-    const float horizontalRatio = static_cast<float>(srcWidth) / static_cast<float>(dstWidth);
-    for (int32_t x = 0; x < dstWidth; ++x) {
-      const float fx = static_cast<float>(x) * horizontalRatio;
-      const int32_t ix = static_cast<int32_t>(fx);
-      const int32_t x0 = ClampInt(ix, 0, srcWidth - 1);
-      columns_[static_cast<size_t>(x)] = {x0, ClampInt(x0 + 1, 0, srcWidth - 1), fx - static_cast<float>(ix)};
+        verticalRatio_(static_cast<float>(src.height) / static_cast<float>(dst.height)),
+        farWeights_(static_cast<size_t>(dst.width)) {
+    const float horizontalRatio = static_cast<float>(src.width) / static_cast<float>(dst.width);
+    columns_.reserve(farWeights_.size());
+    for (int32_t x = 0; x < dst.width; ++x) {
+      columns_.emplace_back(x, horizontalRatio, src.width);
+      farWeights_[static_cast<size_t>(x)] = columns_.back().weight;
     }
   }
 
   // The range is over pixels.
   void operator()(const cv::Range& range) const override {
-    int32_t y = range.start / dstWidth_;
-    int32_t x = range.start % dstWidth_;
+    SpreadRows rows(*this);
+    int32_t y = range.start / dst_.width;
+    int32_t x = range.start % dst_.width;
     for (int32_t n = range.start; n < range.end; ++y, x = 0) {
-      const int32_t end = x + std::min(dstWidth_ - x, range.end - n);
-      n += end - x;
-      for (; x < end; x += kRun) ResizeRun(y, x, std::min(kRun, end - x));
+      const int32_t count = std::min(dst_.width - x, range.end - n);
+      n += count;
+      const Place row(y, verticalRatio_, src_.height);
+      const uint8_t* upper = rows.Get(row.near) + 4 * x;
+      const uint8_t* lower = rows.Get(row.far) + 4 * x;
+      const ptrdiff_t far = ptrdiff_t{4} * dst_.width;
+      const uint8_t* neighbours[4] = {upper, upper + far, lower, lower + far};
+      HWY_DYNAMIC_DISPATCH(ResizeSpan)
+      (neighbours, farWeights_.data() + x, row.weight, dst_.Pixel(x, y), count);
     }
   }
 
  private:
-  // Where a destination column reads.
-  struct Column {
-    int32_t x0;
-    int32_t x1;
-    float weight;  // of x1
+  // Source rows with a pixel for each destination column: all the near ones, then all the far ones. The last two rows
+  // are kept, because enlarging reads them many times.
+  class SpreadRows {
+   public:
+    explicit SpreadRows(const parallelMyResizeInvoker& resize)
+        : resize_(resize), bytes_(resize.columns_.size() * 8 * 2) {}
+
+    const uint8_t* Get(int32_t y) {
+      uint8_t* spread = bytes_.data() + (y % 2 ? bytes_.size() / 2 : 0);
+      if (held_[y % 2] == y) return spread;
+      held_[y % 2] = y;
+      const uint8_t* row = resize_.src_.Row(y);
+      uint8_t* near = spread;
+      uint8_t* far = spread + bytes_.size() / 4;
+      for (const Place& column : resize_.columns_) {
+        std::memcpy(near, row + 4 * static_cast<ptrdiff_t>(column.near), 4);
+        std::memcpy(far, row + 4 * static_cast<ptrdiff_t>(column.far), 4);
+        near += 4;
+        far += 4;
+      }
+      return spread;
+    }
+
+   private:
+    const parallelMyResizeInvoker& resize_;
+    std::vector<uint8_t> bytes_;
+    int32_t held_[2] = {-1, -1};
   };
 
-  // Pixels taken at a time.
-  static constexpr int32_t kRun = 64;
-
-  void ResizeRun(int32_t y, int32_t x, int32_t count) const {
-    const float fy = static_cast<float>(y) * verticalRatio_;
-    const int32_t iy = static_cast<int32_t>(fy);
-    const float wy = fy - static_cast<float>(iy);
-    const float wy1 = 1.0f - wy;
-    const int32_t y0 = ClampInt(iy, 0, srcHeight_ - 1);
-    const uint8_t* row0 = SourceRow(y0);
-    const uint8_t* row1 = SourceRow(ClampInt(y0 + 1, 0, srcHeight_ - 1));
-
-    // Weights and neighbours of each pixel, byte by byte: first those of column x0 and row y0.
-    uint8_t weights[4][4 * kRun];
-    uint8_t neighbours[4][4 * kRun];
-    for (int32_t i = 0; i < count; ++i) {
-      const Column& column = columns_[static_cast<size_t>(x + i)];
-      const float wx = column.weight;
-      const float wx1 = 1.0f - wx;
-      const float products[4] = {wx1 * wy1 * 255, wx * wy1 * 255, wx1 * wy * 255, wx * wy * 255};
-      const uint8_t* pixels[4] = {
-          row0 + 4 * static_cast<ptrdiff_t>(column.x0), row0 + 4 * static_cast<ptrdiff_t>(column.x1),
-          row1 + 4 * static_cast<ptrdiff_t>(column.x0), row1 + 4 * static_cast<ptrdiff_t>(column.x1)};
-      for (int k = 0; k < 4; ++k) {
-        const uint32_t weight = static_cast<uint32_t>(static_cast<int32_t>(products[k])) * 0x01010101u;
-        std::memcpy(weights[k] + 4 * i, &weight, 4);
-        std::memcpy(neighbours[k] + 4 * i, pixels[k], 4);
-      }
-    }
-    uint8_t* out = dst_ + static_cast<ptrdiff_t>(y) * dstStep_ + 4 * static_cast<ptrdiff_t>(x);
-    for (int32_t j = 0; j < 4 * count; ++j) {
-      const uint16_t sum =
-          static_cast<uint16_t>(Multiply(weights[0][j], neighbours[0][j]) + Multiply(weights[1][j], neighbours[1][j]) +
-                                Multiply(weights[2][j], neighbours[2][j]) + Multiply(weights[3][j], neighbours[3][j]));
-      out[j] = static_cast<uint8_t>(sum < 255 ? sum : 255);
-    }
-  }
-
-  const uint8_t* SourceRow(int32_t y) const { return src_ + static_cast<ptrdiff_t>(y) * srcStep_; }
-
-  const uint8_t* src_;
-  uint8_t* dst_;
-  int32_t dstWidth_;
-  int32_t dstStep_;
-  int32_t srcHeight_;
-  int32_t srcStep_;
+  ConstFrameView src_;
+  FrameView dst_;
   float verticalRatio_;
-  std::vector<Column> columns_;
+  std::vector<Place> columns_;
+  std::vector<float> farWeights_;
 };
 
 }  // namespace
+}  // namespace resize
 
 void MyResize(const uint8_t* src, uint8_t* dst, int32_t dstWidth, int32_t dstHeight, int32_t dstStep, int32_t srcWidth,
               int32_t srcHeight, int32_t srcStep) {
@@ -116,6 +162,9 @@ void MyResize(const uint8_t* src, uint8_t* dst, int32_t dstWidth, int32_t dstHei
     CopyRows(src, dst, dstWidth, dstHeight, srcStep, dstStep);
     return;
   }
-  const parallelMyResizeInvoker body(src, dst, dstWidth, dstHeight, dstStep, srcWidth, srcHeight, srcStep);
+  const resize::parallelMyResizeInvoker body(ConstFrameView{src, srcWidth, srcHeight, srcStep},
+                                             FrameView{dst, dstWidth, dstHeight, dstStep});
   ParallelFor(cv::Range(0, dstWidth * dstHeight), body);
 }
+
+#endif  // HWY_ONCE
