@@ -1,7 +1,9 @@
 #include <png.h>
 
 #include <csetjmp>
+#include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "codec_impl.h"
 
@@ -9,12 +11,14 @@
 
 namespace {
 
+// What goes wrong inside the library leaves it by longjmp; no exception may go through it.
 struct Failure {
-  std::string message;
+  char message[128] = "";
 };
 
 [[noreturn]] void OnError(png_structp png, png_const_charp message) {
-  static_cast<Failure*>(png_get_error_ptr(png))->message = message;
+  auto* failure = static_cast<Failure*>(png_get_error_ptr(png));
+  std::snprintf(failure->message, sizeof failure->message, "%s", message);
   png_longjmp(png, 1);
 }
 void OnWarning(png_structp, png_const_charp) {}
@@ -27,7 +31,13 @@ void ReadBytes(png_structp png, png_bytep out, size_t count) {
 }
 
 void AppendBytes(png_structp png, png_bytep bytes, size_t count) {
-  static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<char*>(bytes), count);
+  bool appended = true;
+  try {
+    static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<char*>(bytes), count);
+  } catch (const std::bad_alloc&) {
+    appended = false;
+  }
+  if (!appended) png_error(png, "out of memory");
 }
 void FlushBytes(png_structp) {}
 
@@ -104,7 +114,7 @@ bool DecodePng(std::string_view bytes, Picture& picture, std::string& error) {
     return false;
   }
   if (!ReadHeader(reader, bytes)) {
-    error = "broken PNG: " + failure.message;
+    error = std::string("broken PNG: ") + failure.message;
     return false;
   }
   const uint32_t width = png_get_image_width(reader.png, reader.info);
@@ -114,7 +124,7 @@ bool DecodePng(std::string_view bytes, Picture& picture, std::string& error) {
   picture.width = static_cast<int32_t>(width);
   picture.height = static_cast<int32_t>(height);
   if (!ReadRows(reader, picture)) {
-    error = "broken PNG: " + failure.message;
+    error = std::string("broken PNG: ") + failure.message;
     return false;
   }
   return true;

@@ -21,8 +21,8 @@ const uint8_t* AspectOverlay::PictureFor(int32_t width, int32_t height) {
   const bool wide = IsWide(width, height);
   ImageHandle& decoded = wide ? wideImage_ : narrowImage_;
   if (!decoded) {
-    decoded.reset(QK_ImageCreate());
     const std::u16string path = MergeImageDir() + (wide ? wideFile_ : narrowFile_);
+    decoded.reset(QK_ImageCreate());
     // The handle stays: the file is not looked for again.
     if (!FileExists(path)) return nullptr;
     QK_ImageLoad(decoded.get(), path);

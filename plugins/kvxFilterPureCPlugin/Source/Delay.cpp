@@ -36,7 +36,10 @@ void CDelay::Remember(double time, const uint8_t* src, std::unique_ptr<uint8_t[]
   if (!spare) spare.reset(new (std::nothrow) uint8_t[bytes]);
   if (!spare) return;
   std::memcpy(spare.get(), src, bytes);
-  frames_.push_back({time, std::move(spare)});
+  try {
+    frames_.push_back({time, std::move(spare)});
+  } catch (const std::bad_alloc&) {  // as without a buffer: this frame is forgotten
+  }
 }
 
 void CDelay::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {

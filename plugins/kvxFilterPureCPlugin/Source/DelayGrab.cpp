@@ -75,6 +75,7 @@ void CDelayGrab::AllocateRing() {
 }
 
 void CDelayGrab::RebuildTable() {
+  tableBuilt_ = false;  // until it stands: memory may run out
   blocksAcross_ = width / blockSize_;
   blocksDown_ = height / blockSize_;
   table_.clear();

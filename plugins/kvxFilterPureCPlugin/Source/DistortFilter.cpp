@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "frame.h"
+#include "host_log.h"
 #include "numeric.h"
 
 namespace {
@@ -119,7 +121,11 @@ void CDistort::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const Param
     std::memcpy(dst, src, static_cast<size_t>(width) * 4 * static_cast<size_t>(height));
     return;
   }
-  const std::vector<int32_t> columns = GridLines(width);
-  const std::vector<int32_t> rows = GridLines(height);
-  FillCells(in, out, columns, rows, BendGrid(columns, rows, width, height, amplitude_, frequency_));
+  try {
+    const std::vector<int32_t> columns = GridLines(width);
+    const std::vector<int32_t> rows = GridLines(height);
+    FillCells(in, out, columns, rows, BendGrid(columns, rows, width, height, amplitude_, frequency_));
+  } catch (const std::bad_alloc&) {
+    KVX_LOG_ALLOCATION_FAILURE("DistortFilter");
+  }
 }

@@ -1,9 +1,11 @@
 #include "Equalize.h"
 
+#include <memory>
 #include <opencv2/imgproc.hpp>
 
 #include "PixelMap.h"
 #include "numeric.h"
+#include "zeroed_array.h"
 
 namespace {
 
@@ -12,7 +14,8 @@ using Histogram = std::array<uint32_t, 256>;
 // The box around everything that is not black.
 ConstFrameView PictureOf(uint8_t* src, int32_t width, int32_t height, int32_t step) {
   const cv::Mat frame(height, width, CV_8UC4, src, static_cast<size_t>(step));
-  cv::Mat gray;
+  const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(PixelCount(width, height));
+  cv::Mat gray(height, width, CV_8UC1, bytes.get());
   cv::cvtColor(frame, gray, cv::COLOR_BGRA2GRAY, 0);
   const cv::Rect box = cv::boundingRect(gray);
   const cv::Mat region = frame(box);

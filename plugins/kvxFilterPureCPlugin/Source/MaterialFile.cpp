@@ -8,10 +8,9 @@
 
 void MaterialFile::Read(const std::u16string& fileName) {
   bytes_ = std::string();
-  const std::u16string path = MergeImageDir() + fileName;
-  if (!FileExists(path)) return;
   try {
-    bytes_ = ReadFile(path).value_or(std::string());
+    const std::u16string path = MergeImageDir() + fileName;
+    if (FileExists(path)) bytes_ = ReadFile(path).value_or(std::string());
   } catch (const std::bad_alloc&) {  // as good as no file
   }
 }
@@ -19,11 +18,14 @@ void MaterialFile::Read(const std::u16string& fileName) {
 ImageHandle MaterialFile::TakePicture(int32_t width, int32_t height) {
   const std::string bytes = std::exchange(bytes_, std::string());
   if (bytes.empty()) return nullptr;
-  const ImageHandle decoded(QK_ImageCreate());
-  ImageHandle picture(QK_ImageCreate());
-  if (!QK_ImageLoadBytes(decoded.get(), bytes) || !QK_ImageAlloc(picture.get(), width, height, 32) ||
-      !QK_ImageStretch(decoded.get(), picture.get(), 2)) {
-    return nullptr;
+  try {
+    const ImageHandle decoded(QK_ImageCreate());
+    ImageHandle picture(QK_ImageCreate());
+    if (QK_ImageLoadBytes(decoded.get(), bytes) && QK_ImageAlloc(picture.get(), width, height, 32) &&
+        QK_ImageStretch(decoded.get(), picture.get(), 2)) {
+      return picture;
+    }
+  } catch (const std::bad_alloc&) {
   }
-  return picture;
+  return nullptr;
 }

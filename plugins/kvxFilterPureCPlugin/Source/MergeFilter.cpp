@@ -142,9 +142,11 @@ void CMergeFilter::TakeParams(const ParamValueArray* params) {
 
 void CMergeFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep,
                            const ParamValueArray* params) {
-  if (!engine_ || !src || !dst || width <= 0 || height <= 0) return;
-  MountMaterial();
-  TakeParams(params);
+  if (!src || !dst || width <= 0 || height <= 0) return;
+  if (engine_) {
+    MountMaterial();
+    TakeParams(params);
+  }
   const EngineImage from = MakeEngineImage(src, width, height, srcStep);
   const EngineImage frame = MakeEngineImage(dst, width, height, dstStep);
   EngineImage second{};
@@ -152,7 +154,7 @@ void CMergeFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
   const auto copy = [&] {
     for (int32_t y = 0; y < height; ++y) std::memcpy(frame.Row(y), from.Row(y), static_cast<size_t>(width) * 4);
   };
-  const bool spared = EngineSparesCopy(*engine_);
+  const bool spared = EngineSparesCopy(engine_);
   if (!spared) copy();
   if (EngineRunFrom(engine_, from, frame, material_ ? &second : nullptr) != kEngineDone && spared) copy();
 }

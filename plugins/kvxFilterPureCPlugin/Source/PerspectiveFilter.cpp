@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <vector>
+
+#include "host_log.h"
 
 namespace {
 
@@ -68,8 +71,12 @@ void CPerspectiveFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, in
   // One move, whatever the steps; the quadrilateral then covers it by rows.
   std::memmove(dst, src, static_cast<size_t>(height) * static_cast<size_t>(std::min(srcStep, dstStep)));
   const auto& c = corners_;
-  LayInto(ConstFrameView{src, width, height, srcStep}, FrameView{dst, width, height, dstStep}, {c[0], c[1]},
-          {c[2], c[3]}, {c[4], c[5]}, {c[6], c[7]});
+  try {
+    LayInto(ConstFrameView{src, width, height, srcStep}, FrameView{dst, width, height, dstStep}, {c[0], c[1]},
+            {c[2], c[3]}, {c[4], c[5]}, {c[6], c[7]});
+  } catch (const std::bad_alloc&) {
+    KVX_LOG_ALLOCATION_FAILURE("PerspectiveFilter");
+  }
 }
 
 void parallelPerspectInvoker::operator()(const cv::Range& rows) const {

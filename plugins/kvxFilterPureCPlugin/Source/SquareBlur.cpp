@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
 #include "StackBlur.h"
 #include "frame.h"
+#include "zeroed_array.h"
 
 namespace {
 
@@ -25,12 +25,14 @@ void CopyPixels(ConstFrameView src, FrameView dst) {
 
 // The mean of all four bytes over the window of 2 * radius + 1 pixels each way, cut at the frame's edges. Sums are 32
 // bits and wrap. Column sums follow the window down the frame; in each row, differences of their running sums are the
-// windows.
+// windows. Without memory for the sums the picture is copied.
 void BoxBlur(ConstFrameView src, FrameView dst, int32_t radius) {
   const int32_t width = src.width;
   const size_t lanes = static_cast<size_t>(width) * 4;
-  std::vector<uint32_t> columns(lanes);
-  std::vector<uint32_t> running(lanes + 4);
+  ZeroedArray<uint32_t> columnSums, runningSums;
+  if (!columnSums.Allocate(lanes) || !runningSums.Allocate(lanes + 4)) return CopyPixels(src, dst);
+  uint32_t* columns = columnSums.Data();
+  uint32_t* running = runningSums.Data();
   const auto addRow = [&](int32_t y) {
     const uint8_t* row = src.Row(y);
     for (size_t j = 0; j < lanes; ++j) columns[j] += row[j];

@@ -1,5 +1,6 @@
 #include "effect_object.h"
 
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -78,24 +79,32 @@ int32_t KVXPureCPluginFilterEffect::Prepare(HostRenderContext* context) {
   return kStatusOk;
 }
 
-// A value that the host does not give is no failure: the parameter keeps the one it has.
+// A value that the host does not give, or that memory does not suffice for, is no failure: the parameter keeps the one
+// it has.
 void KVXPureCPluginFilterEffect::FetchParams(HostRenderContext& context) {
   const int64_t frame = context.CurrentFrame();
   const int32_t count = description_->GetParamCount();
   for (int32_t i = 0; i < count; ++i) {
-    std::shared_ptr<NLEFilterParams> params;
-    description_->GetParam(params, i);
-    if (!params) continue;
-    char name[kNameSize];
-    params->GetName(name, sizeof name);
-    const std::optional<int32_t> hostType = HostTypeOf(params->GetKind());
-    if (!hostType) continue;
-    HostParamValue hostValue{};
-    hostValue.type = *hostType;
-    if (context.ParameterValue(name, frame, &hostValue) != 0) continue;
-    if (const auto value = Convert(params->GetKind(), hostValue)) {
-      filter_->SetParamValue(name, params->GetKind(), *value);
+    try {
+      FetchParam(context, frame, i);
+    } catch (const std::bad_alloc&) {
     }
+  }
+}
+
+void KVXPureCPluginFilterEffect::FetchParam(HostRenderContext& context, int64_t frame, int32_t index) {
+  std::shared_ptr<NLEFilterParams> params;
+  description_->GetParam(params, index);
+  if (!params) return;
+  char name[kNameSize];
+  params->GetName(name, sizeof name);
+  const std::optional<int32_t> hostType = HostTypeOf(params->GetKind());
+  if (!hostType) return;
+  HostParamValue hostValue{};
+  hostValue.type = *hostType;
+  if (context.ParameterValue(name, frame, &hostValue) != 0) return;
+  if (const auto value = Convert(params->GetKind(), hostValue)) {
+    filter_->SetParamValue(name, params->GetKind(), *value);
   }
 }
 

@@ -22,6 +22,7 @@ class KVXPureCPluginFilterEffect : public KVXEffect {
 
  private:
   void FetchParams(HostRenderContext& context);
+  void FetchParam(HostRenderContext& context, int64_t frame, int32_t index);
 
   std::shared_ptr<NLEPureCFilter> filter_;
   std::shared_ptr<NLEFilterInfo> description_;

@@ -1,7 +1,7 @@
 #include "kvx/exports.h"
 
 #include <memory>
-#include <nlohmann/json.hpp>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,12 +10,68 @@
 #include "effect_object.h"
 #include "filter_probe.h"
 #include "host_log.h"
+#include "json_text.h"
 #include "register_effect.h"
 #include "registry.h"
 #include "suite_store.h"
 
 using vizcore::PureCFilter;
 using vizcore::SuiteStore;
+
+namespace {
+
+// What an export says when memory runs out: its callers need not be C++. Other exceptions, those of a malformed
+// catalogue, pass through.
+template <typename Operation>
+int32_t UnusableWithoutMemory(Operation operation) {
+  try {
+    return operation();
+  } catch (const std::bad_alloc&) {
+    return kStatusUnusable;
+  }
+}
+
+int32_t RegisterByIndex(int32_t index, HostEffectRegistrar* registrar) {
+  if (index < 0 || !registrar) return kStatusBadArgument;
+  PureCFilter* registry = PureCFilter::GetInstance();
+  const std::shared_ptr<NLEFilterInfo> info = registry ? registry->At(static_cast<size_t>(index)) : nullptr;
+  if (!info) return kStatusBadArgument;
+  return vizcore::RegisterEffect(info, *registrar);
+}
+
+int32_t RegisterFromDirectory(const char* path, HostEffectRegistrar* registrar) {
+  PureCFilter::GetInstance();
+  HostUtilSuite* host = SuiteStore::Get().hostUtil;
+  std::vector<std::shared_ptr<NLEFilterInfo>> infos;
+  vizcore::JsonTree array;
+  vizcore::ScanFilterDirectory(host, path, infos, array.value, false, false);
+  if (infos.empty()) {
+    Log(host, kHostLogError, "Register PureCFilter Failed: %s", path);
+    return kStatusBadArgument;
+  }
+  if (!registrar) return kStatusBadArgument;
+  return vizcore::RegisterEffect(infos.front(), *registrar);
+}
+
+int32_t CreateEffect(const char* guid, int32_t reserved, KVXEffect** effect) {
+  if (reserved != 0) return kStatusBadArgument;
+  HostUtilSuite* host = SuiteStore::Get().hostUtil;
+  PureCFilter* registry = PureCFilter::GetInstance();
+  const std::shared_ptr<NLEFilterInfo> info = registry ? registry->GetNLEFilterInfoByName(guid) : nullptr;
+  if (!info) {
+    Log(host, kHostLogError, "Create PureC Effect Failed: %s", guid);
+    return kStatusBadArgument;
+  }
+  std::shared_ptr<vizcore::NLEPureCFilter> filter = vizcore::CreatePureCFilterFromInfo(host, info, true).filter;
+  auto object = std::make_unique<vizcore::KVXPureCPluginFilterEffect>(info);
+  // Without a filter the object exists all the same, and fails its renders.
+  object->SetFilter(std::move(filter));
+  *effect = object.release();
+  Log(host, kHostLogInfo, "Create PureC Effect Success: %s", guid);
+  return kStatusOk;
+}
+
+}  // namespace
 
 int32_t StartupKVX(HostStartupRecord* host, PluginStartupInfo* info) {
   SuiteStore::Get().Acquire(*host->provider);
@@ -38,43 +94,15 @@ int32_t ShutdownKVX() {
 }
 
 int32_t RegisterKVXEffect(int32_t index, HostEffectRegistrar* registrar) {
-  if (index < 0 || !registrar) return kStatusBadArgument;
-  PureCFilter* registry = PureCFilter::GetInstance();
-  const std::shared_ptr<NLEFilterInfo> info = registry ? registry->At(static_cast<size_t>(index)) : nullptr;
-  if (!info) return kStatusBadArgument;
-  return vizcore::RegisterEffect(info, *registrar);
+  return UnusableWithoutMemory([&] { return RegisterByIndex(index, registrar); });
 }
 
 int32_t RegisterKVXEffectFromConfPath(const char* path, HostEffectRegistrar* registrar) {
-  PureCFilter::GetInstance();
-  HostUtilSuite* host = SuiteStore::Get().hostUtil;
-  std::vector<std::shared_ptr<NLEFilterInfo>> infos;
-  nlohmann::json array;
-  vizcore::ScanFilterDirectory(host, path, infos, array, false, false);
-  if (infos.empty()) {
-    Log(host, kHostLogError, "Register PureCFilter Failed: %s", path);
-    return kStatusBadArgument;
-  }
-  if (!registrar) return kStatusBadArgument;
-  return vizcore::RegisterEffect(infos.front(), *registrar);
+  return UnusableWithoutMemory([&] { return RegisterFromDirectory(path, registrar); });
 }
 
 int32_t CreateKVXEffect(const char* guid, int32_t reserved, KVXEffect** effect) {
-  if (reserved != 0) return kStatusBadArgument;
-  HostUtilSuite* host = SuiteStore::Get().hostUtil;
-  PureCFilter* registry = PureCFilter::GetInstance();
-  const std::shared_ptr<NLEFilterInfo> info = registry ? registry->GetNLEFilterInfoByName(guid) : nullptr;
-  if (!info) {
-    Log(host, kHostLogError, "Create PureC Effect Failed: %s", guid);
-    return kStatusBadArgument;
-  }
-  std::shared_ptr<vizcore::NLEPureCFilter> filter = vizcore::CreatePureCFilterFromInfo(host, info, true).filter;
-  auto object = std::make_unique<vizcore::KVXPureCPluginFilterEffect>(info);
-  // Without a filter the object exists all the same, and fails its renders.
-  object->SetFilter(std::move(filter));
-  *effect = object.release();
-  Log(host, kHostLogInfo, "Create PureC Effect Success: %s", guid);
-  return kStatusOk;
+  return UnusableWithoutMemory([&] { return CreateEffect(guid, reserved, effect); });
 }
 
 int32_t ReleaseKVXEffect(KVXEffect* effect) {

@@ -1,6 +1,7 @@
 #include "registry.h"
 
 #include <atomic>
+#include <new>
 #include <utility>
 
 #include "catalogue_loader.h"
@@ -37,7 +38,14 @@ void PureCFilter::LoadFilters() {
   g_createFilterByName = CreateFilterByName;
   HostUtilSuite* host = SuiteStore::Get().hostUtil;
   if (!host) return;
-  LoadCatalogue(*host, [this](std::shared_ptr<NLEFilterInfo> info) { AddFilterInfo(std::move(info)); });
+  try {
+    LoadCatalogue(*host, [this](std::shared_ptr<NLEFilterInfo> info) { AddFilterInfo(std::move(info)); });
+  } catch (const std::bad_alloc&) {
+    // Nothing rather than a part: the host can start anew once there is memory.
+    byGuid_.clear();
+    list_.clear();
+    throw;
+  }
 }
 
 void PureCFilter::AddFilterInfo(std::shared_ptr<NLEFilterInfo> info) {

@@ -21,7 +21,7 @@ class PureCFilter {
   static PureCFilter* GetInstance();
   static void Destroy();
 
-  // Reads the catalogue. Does nothing without a Host Util Suite.
+  // Reads the catalogue. Does nothing without a Host Util Suite. If memory runs out the registry is empty afterwards.
   void LoadFilters();
 
   // Adds to the map, where a repeated GUID replaces, and to the list, where it stands again. A filter whose NAME equals

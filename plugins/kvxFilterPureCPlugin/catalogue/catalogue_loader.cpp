@@ -12,6 +12,7 @@
 #include "filter_parser.h"
 #include "filter_probe.h"
 #include "host_log.h"
+#include "json_text.h"
 #include "kvx/exports.h"
 #include "text.h"
 
@@ -87,17 +88,17 @@ void LoadCatalogue(HostUtilSuite& host, const std::function<void(std::shared_ptr
   const auto addIfEffectExists = [&](std::shared_ptr<NLEFilterInfo> info) {
     if (info && CreatePureCFilterFromInfo(&host, info, false).exists) add(std::move(info));
   };
-  json catalogue;
-  if (LoadJsonFromPath(&host, root, catalogue)) {
-    for (const json& element : catalogue) {
+  JsonTree catalogue;
+  if (LoadJsonFromPath(&host, root, catalogue.value)) {
+    for (const json& element : catalogue.value) {
       if (!element.is_object() || !element.contains("DATAPATH")) continue;
       addIfEffectExists(ParseFilterInfo(element, root + element.at("DATAPATH").get<std::string>()));
     }
     return;
   }
   std::vector<std::shared_ptr<NLEFilterInfo>> infos;
-  json array;
-  ScanFilterDirectory(&host, root + "/kvx_effect/nle_default", infos, array, true, false);
+  JsonTree array;
+  ScanFilterDirectory(&host, root + "/kvx_effect/nle_default", infos, array.value, true, false);
   for (auto& info : infos) addIfEffectExists(std::move(info));
 }
 
@@ -109,11 +110,7 @@ bool LoadJsonFromPath(HostUtilSuite* host, const std::string& root, json& out) {
     Log(host, kHostLogError, "[LoadJsonFromPath]Open PureCFilterConf Failed: %s", path.c_str());
     return false;
   }
-  out = nullptr;
-  try {
-    out = json::parse(*text);
-  } catch (const json::exception&) {
-    out = nullptr;
+  if (!ParseJson(*text, out)) {
     Log(host, kHostLogError, "[LoadJsonFromPath]Read PureCFilterConf Failed: %s", path.c_str());
     return false;
   }
@@ -133,15 +130,15 @@ std::shared_ptr<NLEFilterInfo> GetFilterInfoFromJson(HostUtilSuite* host, const 
   const std::string dataPath = separator == std::string::npos ? std::string() : path.substr(0, separator + 1);
   const std::optional<std::string> text = ReadFile(path);
   if (!text) return nullptr;
-  json object;
-  try {
-    object = json::parse(*text);
-  } catch (const json::exception&) {
-    object = nullptr;
-  }
+  JsonTree tree;
+  json& object = tree.value;
+  ParseJson(*text, object);
   const json* parsed = &object;
   if (recordDataPath) {
     try {
+      // The library's own way from null to an object or array leaves neither if memory runs out.
+      if (object.is_null()) object = json::object();
+      if (array.is_null()) array = json::array();
       object["DATAPATH"] = dataPath.substr(g_resourceRoot.size());
       // Moved, not copied: a copy of a deeply nested value would exhaust the stack.
       array.push_back(std::move(object));

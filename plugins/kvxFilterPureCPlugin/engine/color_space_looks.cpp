@@ -85,9 +85,10 @@ int32_t LabTone(EngineRecord& record, const EngineImage& image) {
   }();
   // The library fills its Lab tables on first use and does not lock: one thread must have been through alone.
   [[maybe_unused]] static const bool kTablesFilled = [] {
-    cv::Mat pixel(1, 1, CV_8UC3, cv::Scalar::all(0));
-    cv::cvtColor(pixel, pixel, cv::COLOR_BGR2Lab);
-    cv::cvtColor(pixel, pixel, cv::COLOR_Lab2BGR);
+    uint8_t bgrBytes[3] = {}, labBytes[3] = {};
+    cv::Mat bgr(1, 1, CV_8UC3, bgrBytes), lab(1, 1, CV_8UC3, labBytes);
+    cv::cvtColor(bgr, lab, cv::COLOR_BGR2Lab);
+    cv::cvtColor(lab, bgr, cv::COLOR_Lab2BGR);
     return true;
   }();
   // A few rows at a time, so that they stay in the cache between the conversions.

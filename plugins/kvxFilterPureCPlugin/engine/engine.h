@@ -84,8 +84,8 @@ int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineIm
 int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const EngineImage& image,
                       const EngineImage* second);
 
-// Whether that works without the copy: the routine writes every pixel of `image`, unless it fails.
-bool EngineSparesCopy(const EngineRecord& record);
+// Whether that works without the copy: the routine writes every pixel of `image`, unless it fails. False for null.
+bool EngineSparesCopy(const EngineRecord* record);
 
 int32_t EngineFree(EngineRecord* record);
 

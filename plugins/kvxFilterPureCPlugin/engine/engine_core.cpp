@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <mutex>
 
 #include "clock.h"
@@ -33,6 +34,13 @@ bool IsWarp(uint32_t code) {
 }
 bool IsMerge(uint32_t code) {
   return code >= 2049 && code <= 2206;
+}
+
+int32_t RunCode(EngineRecord& record, const EngineImage& from, const EngineImage& image, const EngineImage* second) {
+  if (IsLook(record.code)) return EngineRunLook(record, from, image);
+  if (IsWarp(record.code)) return EngineRunWarp(record, from, image);
+  if (IsMerge(record.code)) return EngineRunMerge(record, from, image, second);
+  return kEngineFailed;
 }
 
 // The capacity is stored even when there was no memory, so that the same size is not tried again.
@@ -103,10 +111,11 @@ int32_t Run(EngineRecord* record, const EngineImage* from, const EngineImage* im
     record->height = image->height;
     record->dirtyFlags |= kDirtyParticles;
   }
-  if (IsLook(record->code)) return EngineRunLook(*record, *from, *image);
-  if (IsWarp(record->code)) return EngineRunWarp(*record, *from, *image);
-  if (IsMerge(record->code)) return EngineRunMerge(*record, *from, *image, second);
-  return kEngineFailed;
+  try {
+    return RunCode(*record, *from, *image, second);
+  } catch (const std::exception&) {  // no memory, as the standard library and OpenCV say it
+    return kEngineNoScratch;
+  }
 }
 
 }  // namespace
@@ -120,8 +129,8 @@ int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const Engin
   return Run(record, &from, &image, second);
 }
 
-bool EngineSparesCopy(const EngineRecord& record) {
-  return IsDirectLook(record.code) || IsDirectWarp(record.code) || IsBlend(record.code);
+bool EngineSparesCopy(const EngineRecord* record) {
+  return record && (IsDirectLook(record->code) || IsDirectWarp(record->code) || IsBlend(record->code));
 }
 
 int32_t EngineFree(EngineRecord* record) {

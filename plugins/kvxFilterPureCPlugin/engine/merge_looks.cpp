@@ -130,7 +130,7 @@ int32_t FocusColor(EngineRecord& record, const EngineImage& frame, const EngineI
 }
 
 // The frame as it came, in workCopy, rows as in the frame.
-const uint8_t* CopyToWork(EngineRecord& record, const EngineImage& frame) {
+uint8_t* CopyToWork(EngineRecord& record, const EngineImage& frame) {
   uint8_t* work = EnsureWorkCopy(record, frame.totalBytes);
   if (work) std::memcpy(work, frame.pixels, static_cast<size_t>(frame.totalBytes));
   return work;
@@ -138,10 +138,12 @@ const uint8_t* CopyToWork(EngineRecord& record, const EngineImage& frame) {
 
 // A soft picture of little contrast under the material.
 int32_t OldPhoto(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
-  const uint8_t* work = CopyToWork(record, frame);
+  uint8_t* work = CopyToWork(record, frame);
   if (!work) return kEngineNoScratch;
-  cv::Mat blurred(frame.height, frame.width, CV_8UC4, frame.pixels, static_cast<size_t>(frame.stepBytes));
-  cv::GaussianBlur(blurred, blurred, cv::Size(3, 3), 10.0, 10.0, cv::BORDER_REFLECT_101);
+  const size_t step = static_cast<size_t>(frame.stepBytes);
+  const cv::Mat sharp(frame.height, frame.width, CV_8UC4, work, step);
+  cv::Mat blurred(frame.height, frame.width, CV_8UC4, frame.pixels, step);
+  cv::GaussianBlur(sharp, blurred, cv::Size(3, 3), 10.0, 10.0, cv::BORDER_REFLECT_101);
   Curve tone;
   for (int32_t i = 0; i < 256; ++i) tone[i] = static_cast<uint8_t>((std::clamp(i, 50, 200) - 50) * 255 / 150);
   const int32_t width = frame.width;

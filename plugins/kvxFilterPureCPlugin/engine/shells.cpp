@@ -144,16 +144,18 @@ void EngineShell::TakeLateParams(const ParamValueArray* params) {
   }
 }
 
-// A routine that fails leaves a copy of the source or a part of its work: the frame counts as done.
+// A routine that fails, or a record that could not be had, leaves a copy of the source or a part of the work: the frame
+// counts as done.
 void EngineShell::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {
-  if (!record_) return;
-  TakeParams(params);
-  TakeLateParams(params);
+  if (record_) {
+    TakeParams(params);
+    TakeLateParams(params);
+  }
   const EngineImage from = MakeEngineImage(src, width, height, srcStep);
   const EngineImage image = MakeEngineImage(dst, width, height, dstStep);
   const auto copy = [&] { CopyRows(src, dst, width, height, srcStep, dstStep); };
   // A copy also takes bytes between rows along.
-  const bool spared = src && srcStep == width * 4 && dstStep == width * 4 && EngineSparesCopy(*record_);
+  const bool spared = src && srcStep == width * 4 && dstStep == width * 4 && EngineSparesCopy(record_);
   if (!spared) copy();
   if (EngineRunFrom(record_, src ? from : image, image, nullptr) != kEngineDone && spared) copy();
 }

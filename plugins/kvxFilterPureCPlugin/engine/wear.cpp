@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
 #include "engine_internal.h"
 #include "wear_tables.h"
+#include "zeroed_array.h"
 
 namespace {
 
@@ -16,21 +18,25 @@ constexpr int32_t kMaskWidth = 1024;
 constexpr int32_t kMaskHeight = 768;
 
 // One channel: it is grey.
-cv::Mat MakeSpotMask(int32_t spots, Rand& rand) {
-  cv::Mat mask(kMaskHeight, kMaskWidth, CV_8UC1, cv::Scalar::all(255));
+std::vector<uint8_t> MakeSpotMask(int32_t spots, Rand& rand) {
+  std::vector<uint8_t> mask(size_t{kMaskHeight} * kMaskWidth, 255);
   for (int32_t i = 0; i < spots; ++i) {
     const int32_t row = rand.Next() % (kMaskHeight - kStampSize);
     const int32_t column = rand.Next() % (kMaskWidth - kStampSize);
     const auto& stamp = kStamps[rand.Next() % kStampCount];
-    for (int32_t y = 0; y < kStampSize; ++y) std::memcpy(mask.ptr(row + y, column), stamp[y], kStampSize);
+    for (int32_t y = 0; y < kStampSize; ++y) {
+      std::memcpy(&mask[static_cast<size_t>((row + y) * kMaskWidth + column)], stamp[y], kStampSize);
+    }
   }
   return mask;
 }
 
 // The mask comes upside down. Most of its rows are clean.
-void LaySpots(const EngineImage& image, const cv::Mat& mask) {
-  cv::Mat fitted;
-  cv::resize(mask, fitted, cv::Size(image.width, image.height), 0, 0, cv::INTER_LINEAR);
+void LaySpots(const EngineImage& image, std::vector<uint8_t> spots) {
+  const cv::Mat mask(kMaskHeight, kMaskWidth, CV_8UC1, spots.data());
+  const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(PixelCount(image.width, image.height));
+  cv::Mat fitted(image.height, image.width, CV_8UC1, bytes.get());
+  cv::resize(mask, fitted, fitted.size(), 0, 0, cv::INTER_LINEAR);
   const std::vector<uint8_t> clean(static_cast<size_t>(image.width), 255);
   for (int32_t y = 0; y < image.height; ++y) {
     uint8_t* p = image.Row(y);

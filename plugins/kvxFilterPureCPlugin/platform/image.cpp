@@ -93,7 +93,8 @@ int32_t QK_ImageStretch(const QKImage* from, QKImage* onto, int32_t mode) {
       cv::resize(View(source), out, out.size(), 0, 0, grows ? cv::INTER_LINEAR : cv::INTER_AREA);
     }
     return 1;
-  } catch (const std::exception&) {
+  } catch (const std::exception&) {  // no memory: no half-made picture is left to be taken for the whole
+    target = Picture();
     return 0;
   }
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
+#include <opencv2/core.hpp>
 #include <string_view>
 #include <utility>
 
@@ -215,18 +217,25 @@ int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight
   const size_t given = srcHeight > 0 && srcStep > 0 ? static_cast<size_t>(srcStep) * static_cast<size_t>(srcHeight) : 0;
   const int32_t step = given > 0 ? srcStep : dstWidth * 4;
   const size_t wanted = static_cast<size_t>(std::max(step, dstWidth * 4)) * static_cast<size_t>(dstHeight);
+  const ParamValueArray values = GatherValues();
   uint8_t* frame = src;
-  if (given < wanted) {
-    paddedSource_.assign(wanted, 0);
-    if (given > 0) {
-      std::memcpy(paddedSource_.data(), src, given);
-      const size_t row = static_cast<size_t>(srcStep);
-      for (size_t at = given; at < wanted; ++at) paddedSource_[at] = paddedSource_[at - row];
+  try {
+    if (given < wanted) {
+      paddedSource_.assign(wanted, 0);
+      if (given > 0) {
+        std::memcpy(paddedSource_.data(), src, given);
+        const size_t row = static_cast<size_t>(srcStep);
+        for (size_t at = given; at < wanted; ++at) paddedSource_[at] = paddedSource_[at - row];
+      }
+      frame = paddedSource_.data();
     }
-    frame = paddedSource_.data();
+    RunProcessor(frame, dst, step, dstStep, values);
+  } catch (const std::bad_alloc&) {
+    return 1;
+  } catch (const cv::Exception& error) {
+    if (error.code != cv::Error::StsNoMem) throw;
+    return 1;
   }
-
-  RunProcessor(frame, dst, step, dstStep, GatherValues());
 
   int32_t alpha = 255;
   NLEParamValue value;

@@ -36,7 +36,8 @@ class NLEPureCFilter {
   bool GetParamValue(const std::string& name, NLEParamValue& out) const;
 
   // One source frame to one destination frame, steps in bytes. The processor is made for the destination's size; a new
-  // size makes a new processor, and what the old one remembered is lost. 0, or 1 for failure.
+  // size makes a new processor, and what the old one remembered is lost. 0, or 1 for failure, for which a processor
+  // that runs out of memory counts; what it has written by then stands.
   int32_t Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight, int32_t srcStep, int32_t reserved0,
                  int32_t reserved1, int32_t reserved2, int32_t reserved3, uint8_t* dst, int32_t dstWidth,
                  int32_t dstHeight, int32_t dstStep);

@@ -17,20 +17,22 @@
 extern "C" {
 
 // Takes the host's suites, reads the catalogue and fills `info`. Always 0. Exceptions of a malformed catalogue (a value
-// of a wrong type) pass through.
+// of a wrong type) pass through, and so does std::bad_alloc, after which the host can call it again.
 KVX_EXPORT int32_t StartupKVX(HostStartupRecord* host, PluginStartupInfo* info);
 
 // Drops the catalogue. Effect objects that exist stay valid. Always 0.
 KVX_EXPORT int32_t ShutdownKVX();
 
 // Declares effect `index` of the catalogue to `registrar`. 0, or 2 for a bad index, a null registrar or an unknown
-// effect.
+// effect, or 4 without memory.
 KVX_EXPORT int32_t RegisterKVXEffect(int32_t index, HostEffectRegistrar* registrar);
 
-// Declares the effect whose configuration stands in the directory `path` (UTF-8). 0, or 2 if there is none.
+// Declares the effect whose configuration stands in the directory `path` (UTF-8). 0, or 2 if there is none, or 4
+// without memory.
 KVX_EXPORT int32_t RegisterKVXEffectFromConfPath(const char* path, HostEffectRegistrar* registrar);
 
-// Makes an effect object for `guid`; `reserved` is 0. 0, or 2 with `*effect` left alone.
+// Makes an effect object for `guid`; `reserved` is 0. 0, or with `*effect` left alone 2, or 4 without
+// memory.
 KVX_EXPORT int32_t CreateKVXEffect(const char* guid, int32_t reserved, KVXEffect** effect);
 
 // Ends an effect object of this plug-in; anything else, null included, is ignored.

@@ -24,7 +24,7 @@ class CBaseFilterProc {
   // Frames per second of the clip.
   virtual void SetFrameRate(double rate) { frameRate = rate; }
 
-  // Renders one frame from `src` to `dst`. `src` is writable: some effects use it as scratch.
+  // Renders one frame from `src` to `dst`. `src` is writable: some effects use it as scratch. May throw std::bad_alloc.
   virtual void Process(uint8_t* /*src*/, uint8_t* /*dst*/, int32_t /*srcStep*/, int32_t /*dstStep*/,
                        const ParamValueArray* /*params*/) {}
 
