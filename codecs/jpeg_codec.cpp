@@ -17,6 +17,13 @@ bool IsHarmless(tjhandle handle) {
          std::string_view(tjGetErrorStr2(handle)).find("extraneous bytes") != std::string_view::npos;
 }
 
+// Every block of 8 by 8 pixels costs at least a bit, unless it is coded arithmetically. So a small file with a huge
+// claim is known before the claim costs memory.
+bool CanHold(std::string_view bytes, int64_t pixels) {
+  const auto has = [bytes](std::string_view marker) { return bytes.find(marker) != std::string_view::npos; };
+  return pixels / (64 * 8) <= static_cast<int64_t>(bytes.size()) || has("\xFF\xC9") || has("\xFF\xCA");
+}
+
 }  // namespace
 
 bool DecodeJpeg(std::string_view bytes, Picture& picture, std::string& error) {
@@ -41,6 +48,10 @@ bool DecodeJpeg(std::string_view bytes, Picture& picture, std::string& error) {
     return false;
   }
   if (!CheckPictureSize(width, height, error)) return false;
+  if (!CanHold(bytes, int64_t{width} * height)) {
+    error = "broken JPEG: the file is cut short";
+    return false;
+  }
   picture = Picture(width, height);
   if (tjDecompress2(handle.get(), data, size, picture.pixels.data(), width, picture.Step(), height, TJPF_BGRA,
                     TJFLAG_LIMITSCANS) != 0 &&

@@ -58,6 +58,10 @@ bool ReadHeader(Reader& reader, std::string_view& rest) {
   if (setjmp(png_jmpbuf(reader.png))) return false;
   png_set_read_fn(reader.png, &rest, ReadBytes);
   png_set_user_limits(reader.png, kMaxPictureSide, kMaxPictureSide);
+  // Texts, profiles and the like would be allocated as large as they claim to be. Nothing here depends on them.
+  png_set_keep_unknown_chunks(reader.png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
+  // Nor does the library then mind where they stand.
+  if (rest.size() >= 16 && rest.substr(12, 4) != "IHDR") png_error(reader.png, "missing IHDR");
   png_read_info(reader.png, reader.info);
   png_set_expand(reader.png);
   png_set_strip_16(reader.png);

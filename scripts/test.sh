@@ -1,5 +1,6 @@
 #!/bin/sh
-# Builds and runs every test: the release build, then everything again under the address and undefined-behaviour sanitizers.
+# Builds and runs every test: the release build, then everything again under the address and undefined-behaviour sanitizers,
+# then the fuzzers on the kept corpus and for a few seconds more.
 set -eu
 cd "$(dirname "$0")/.."
 ./scripts/install_packages.sh chromium chromium-driver curl
@@ -11,3 +12,4 @@ for preset in release asan; do
   cmake --build --preset "$preset"
   ctest --preset "$preset" -j "$(nproc)"
 done
+./scripts/fuzz.sh 10

@@ -1,6 +1,7 @@
 // The image layer: what it decodes, what it refuses, how it stretches.
 #include <gtest/gtest.h>
 #include <png.h>
+#include <sys/resource.h>
 #include <turbojpeg.h>
 
 #include <array>
@@ -129,6 +130,39 @@ TEST_F(ImageLayer, RefusesWhatIsNoPictureAndStaysUsable) {
   EXPECT_TRUE(Empty());
   ASSERT_TRUE(Load(png));
   EXPECT_TRUE(std::equal(noise.pixels.begin(), noise.pixels.end(), QK_ImageBits(image_.get())));
+}
+
+int64_t PeakMegabytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss / 1024;
+}
+
+TEST_F(ImageLayer, MemoryFollowsTheFileAndNotItsClaims) {
+  const int64_t before = PeakMegabytes();
+  const std::string png = EncodePng(Picture(4, 4));
+  const size_t afterHeader = png.find("IDAT") - 4;
+  for (const char* kind : {"tEXt", "zTXt", "iTXt", "iCCP", "sPLT", "eXIf"}) {
+    EXPECT_FALSE(Load(png.substr(0, afterHeader) + "\x7F\xFF\xFF\xF0" + kind + "abc")) << kind;
+  }
+  std::string late = png;  // something before the header
+  EXPECT_FALSE(Load(late.insert(8, png.substr(png.size() - 12).replace(4, 4, "tEXt"))));
+  for (const int flags : {0, TJFLAG_PROGRESSIVE}) {
+    std::string jpeg = MakeJpeg(5, 3, TJPF_BGRX, TJSAMP_420, flags);
+    const size_t frame = jpeg.find(flags ? "\xFF\xC2" : "\xFF\xC0");
+    ASSERT_NE(frame, std::string::npos);
+    jpeg.replace(frame + 5, 4, std::string("\x40\0\x40\0", 4));
+    EXPECT_FALSE(Load(jpeg));
+  }
+  EXPECT_LT(PeakMegabytes() - before, 200);
+}
+
+// The fewest bytes for the most pixels: nothing but one grey.
+TEST_F(ImageLayer, DecodesTheSmallestJpegOfALargePicture) {
+  for (const int flags : {0, TJFLAG_PROGRESSIVE}) {
+    ASSERT_TRUE(Load(MakeJpeg(2048, 2048, TJPF_BGRX, TJSAMP_GRAY, flags)));
+    EXPECT_EQ(QK_ImageHeight(image_.get()), 2048);
+  }
 }
 
 TEST_F(ImageLayer, StretchesOntoTheAllocatedSize) {

@@ -1,6 +1,8 @@
 // Descriptions, binding, render path, opacity, resize.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "alpha_blend.h"
 #include "blend_tables.h"
 #include "filter_info.h"
@@ -265,14 +267,29 @@ TEST(RenderPath, OpacityIsAPercentAndFillsSkipTheBlendAtFull) {
 }
 
 TEST(RenderPath, SourceOfAnotherSizeIsNeverReadBeyondItsEnd) {
-  for (const auto& [sw, sh] : {std::pair{3, 2}, {9, 9}, {20, 1}, {1, 20}}) {
-    FrameBuffer src(sw, sh), dst(8, 6);
-    src.FillTestPicture();
-    auto info = std::make_shared<NLEFilterInfo>();
-    NLEPureCFilter filter(info);
-    filter.Init(FindEffectByID, RecordOf(46));
-    EXPECT_EQ(filter.Render(src.Data(), sw, sh, src.Step(), 0, 0, 0, 0, dst.Data(), 8, 6, 32), 0);
-    EXPECT_TRUE(dst.GuardsIntact());
+  for (const int32_t id : {46, 15, 39, 63}) {
+    for (const auto& [sw, sh] : {std::pair{3, 2}, {9, 9}, {20, 1}, {1, 20}}) {
+      FrameBuffer src(sw, sh), dst(8, 6);
+      src.FillTestPicture();
+      auto info = std::make_shared<NLEFilterInfo>();
+      NLEPureCFilter filter(info);
+      filter.Init(FindEffectByID, RecordOf(id));
+      EXPECT_EQ(filter.Render(src.Data(), sw, sh, src.Step(), 0, 0, 0, 0, dst.Data(), 8, 6, 32), 0);
+      EXPECT_TRUE(dst.GuardsIntact());
+    }
+  }
+}
+
+// Effects that lean on OpenCV, which knows no such rows.
+TEST(RenderPath, RowsOfANarrowerSourceOverlap) {
+  for (const int32_t id : {15, 39, 63}) {
+    FrameBuffer narrow(5, 9), apart(8, 6), fromNarrow(8, 6), fromApart(8, 6);
+    narrow.FillOpaquePicture();
+    for (int y = 0; y < 6; ++y) std::memcpy(apart.Pixel(0, y), narrow.Pixel(0, y), 32);
+    const ParamValueArray values = Values(id, {2});
+    MakeEffect(id, 8, 6)->Process(narrow.Data(), fromNarrow.Data(), narrow.Step(), 32, &values);
+    MakeEffect(id, 8, 6)->Process(apart.Data(), fromApart.Data(), 32, 32, &values);
+    EXPECT_EQ(fromNarrow.Packed(), fromApart.Packed()) << id;
   }
 }
 

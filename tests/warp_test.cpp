@@ -1,6 +1,7 @@
 // The warps: effects 170 to 190 over the engine.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <functional>
 
@@ -192,7 +193,8 @@ TEST(WarpMaps, PlacesAndRebuild) {
   constexpr int kWidth = 48, kHeight = 30;
   Picture p(kWidth, kHeight, 4);
   const auto distance = [](int dx, int dy) { return std::sqrt(static_cast<double>(dx * dx + dy * dy)); };
-  for (const auto& [posX, posY, percent] : {std::tuple{50, 50, 50}, {20, 90, 100}, {100, 0, 1}, {0, 30, 0}}) {
+  for (const auto& place : {std::array{50, 50, 50}, {20, 90, 100}, {100, 0, 1}, {0, 30, 0}}) {
+    const int posX = place[0], posY = place[1], percent = place[2];  // clang 14 captures no structured bindings
     const auto run = [&](int id) {
       const auto processor = MakeEffect(id, kWidth, kHeight);
       FrameBuffer after(kWidth, kHeight);
@@ -303,7 +305,8 @@ TEST(WarpFlames, RiseFromTheirEdge) {
 }
 
 TEST(WarpTiltShift, WeightsStayAndToneFollows) {
-  for (const auto& [width, height] : {std::pair{45, 40}, {150, 16}, {9, 31}}) {
+  for (const auto& size : {std::pair{45, 40}, {150, 16}, {9, 31}}) {
+    const int width = size.first, height = size.second;
     Picture p(width, height, 8);
     const int largest = static_cast<int>(std::sqrt(width) * 0.1 + 5.0);
     const int top = 40 * height / 100, bottom = 60 * height / 100;

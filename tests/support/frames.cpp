@@ -1,11 +1,9 @@
 #include "frames.h"
 
+#include <sanitizer/asan_interface.h>
+
 #include <algorithm>
 #include <cstring>
-
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/asan_interface.h>
-#endif
 
 namespace {
 constexpr uint8_t kGuardByte = 0xA5;
@@ -21,16 +19,14 @@ FrameBuffer::~FrameBuffer() {
   if (!bytes_.empty()) ForbidGuards(false);
 }
 
-void FrameBuffer::ForbidGuards([[maybe_unused]] bool forbid) const {
-#if defined(__SANITIZE_ADDRESS__)
-  const uint8_t* end = bytes_.data() + kGuard + Size();
+// Does nothing in a build without the address sanitizer.
+void FrameBuffer::ForbidGuards(bool forbid) const {
   if (forbid) {
-    __asan_poison_memory_region(bytes_.data(), kGuard);
-    __asan_poison_memory_region(end, kGuard);
+    ASAN_POISON_MEMORY_REGION(bytes_.data(), kGuard);
+    ASAN_POISON_MEMORY_REGION(bytes_.data() + kGuard + Size(), kGuard);
   } else {
-    __asan_unpoison_memory_region(bytes_.data(), bytes_.size());
+    ASAN_UNPOISON_MEMORY_REGION(bytes_.data(), bytes_.size());
   }
-#endif
 }
 
 void FrameBuffer::Fill(uint8_t value) {

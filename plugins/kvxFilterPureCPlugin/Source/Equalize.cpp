@@ -4,6 +4,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "PixelMap.h"
+#include "frame_matrix.h"
 #include "numeric.h"
 #include "zeroed_array.h"
 
@@ -12,14 +13,13 @@ namespace {
 using Histogram = std::array<uint32_t, 256>;
 
 // The box around everything that is not black.
-ConstFrameView PictureOf(uint8_t* src, int32_t width, int32_t height, int32_t step) {
-  const cv::Mat frame(height, width, CV_8UC4, src, static_cast<size_t>(step));
-  const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(PixelCount(width, height));
-  cv::Mat gray(height, width, CV_8UC1, bytes.get());
+ConstFrameView PictureOf(const cv::Mat& frame) {
+  const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(PixelCount(frame.cols, frame.rows));
+  cv::Mat gray(frame.rows, frame.cols, CV_8UC1, bytes.get());
   cv::cvtColor(frame, gray, cv::COLOR_BGRA2GRAY, 0);
   const cv::Rect box = cv::boundingRect(gray);
   const cv::Mat region = frame(box);
-  return {region.data, region.cols, region.rows, step};
+  return {region.data, region.cols, region.rows, static_cast<int32_t>(frame.step)};
 }
 
 // One histogram for each of bytes 0 to 2.
@@ -51,7 +51,8 @@ ByteTable TableOf(const Histogram& histogram, uint64_t pixels) {
 
 void CEqualize::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray*) {
   if (width <= 0 || height <= 0) return;
-  const ConstFrameView picture = PictureOf(src, width, height, srcStep);
+  const cv::Mat frame = MatrixOf({src, width, height, srcStep});
+  const ConstFrameView picture = PictureOf(frame);
   CopyRows(src, dst, width, height, srcStep, dstStep);
   if (picture.Empty()) return;
   const std::array<Histogram, 3> counts = Count(picture);

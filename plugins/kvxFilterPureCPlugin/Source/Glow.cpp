@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "frame.h"
+#include "frame_matrix.h"
 #include "numeric.h"
 #include "parallel.h"
 
@@ -69,7 +69,7 @@ void CGlow::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep
   const double amount = Param(params, 1);
   amount_ = amount / 100 * 100;
 
-  const cv::Mat source(height, width, CV_8UC4, src, static_cast<size_t>(srcStep));
+  const cv::Mat source = MatrixOf({src, width, height, srcStep});
   cv::Mat blurred(height, width, CV_8UC4, scratch_.get());
   cv::Mat result(height, width, CV_8UC4, dst, static_cast<size_t>(dstStep));
   const int32_t window = WindowOf(amount, std::max(width, height));

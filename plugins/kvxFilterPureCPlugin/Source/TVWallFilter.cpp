@@ -3,7 +3,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "TileRows.h"
-#include "frame.h"
+#include "frame_matrix.h"
 #include "numeric.h"
 
 namespace {
@@ -25,7 +25,7 @@ void CTVWallFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t
   }
   if (!tile_) return;
 
-  const cv::Mat picture(height, width, CV_8UC4, src, static_cast<size_t>(srcStep));
+  const cv::Mat picture = MatrixOf({src, width, height, srcStep});
   cv::Mat small(tileHeight, tileWidth, CV_8UC4, tile_.Data());
   cv::resize(picture, small, small.size(), 0, 0, cv::INTER_LINEAR);
   LineTile(PackedDest(tile_.Data(), tileWidth, tileHeight));

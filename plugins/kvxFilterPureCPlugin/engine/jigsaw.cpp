@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <ranges>
 #include <vector>
 
 #include "blends.h"
@@ -185,10 +184,16 @@ struct Steps {
 };
 Steps StepsIn(const Range& range, int32_t size) {
   const auto firstWhere = [size](auto reached) {
-    const auto steps = std::views::iota(0, size + 1);
-    return static_cast<int32_t>(
-        std::ranges::partition_point(steps, [&](int32_t k) { return !reached(static_cast<double>(k) / size); }) -
-        steps.begin());
+    int32_t first = 0;
+    for (int32_t end = size + 1; first < end;) {
+      const int32_t middle = first + (end - first) / 2;
+      if (reached(static_cast<double>(middle) / size)) {
+        end = middle;
+      } else {
+        first = middle + 1;
+      }
+    }
+    return first;
   };
   const auto firstAbove = [&](double limit) { return firstWhere([limit](double share) { return share > limit; }); };
   const auto firstFrom = [&](double limit) { return firstWhere([limit](double share) { return share >= limit; }); };
