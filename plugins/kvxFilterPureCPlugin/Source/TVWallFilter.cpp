@@ -32,9 +32,12 @@ void CTVWallFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t
 
   const ConstFrameView tile = PackedSource(tile_.Data(), tileWidth, tileHeight);
   const FrameView out{dst, width, height, dstStep};
-  for (int32_t row = 0; row < height / tileHeight; ++row) {
-    for (int32_t column = 0; column < width / tileWidth; ++column) {
-      PlaceTile(tile, out, tileWidth * column, tileHeight * row);
+  const int32_t columns = width / tileWidth;
+  const int32_t rows = height / tileHeight;
+  for (int32_t y = 0; y < tileHeight; ++y) {
+    for (int32_t column = 0; column < columns; ++column) {
+      CopyPixels(tile.Row(y), out.Pixel(tileWidth * column, y), tileWidth);
     }
+    for (int32_t row = 1; row < rows; ++row) CopyPixels(out.Row(y), out.Row(y + tileHeight * row), tileWidth * columns);
   }
 }

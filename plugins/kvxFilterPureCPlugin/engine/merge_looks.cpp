@@ -9,6 +9,16 @@
 #include "numeric.h"
 #include "pixel_kernels.h"
 
+// All of this file is compiled once for each vector target; its loops are plain, so that all give the same bytes.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "merge_looks.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace merge_looks {
+namespace HWY_NAMESPACE {
+
 namespace {
 
 // Values at 0, 32, 64, 96, 128, 160, 192, 224 and 255.
@@ -275,7 +285,7 @@ int32_t DrawingUnderMaterial(EngineRecord& record, const EngineImage& frame, con
 
 }  // namespace
 
-std::span<const MergeLook> MergeLookRows() {
+std::span<const MergeLook> Routines() {
   static constexpr MergeLook kLooks[] = {
       {2193, 2197, CurvesAndBlend, true},
       {2198, 2198, MultiplyAndTone},
@@ -289,3 +299,20 @@ std::span<const MergeLook> MergeLookRows() {
   };
   return kLooks;
 }
+
+}  // namespace HWY_NAMESPACE
+}  // namespace merge_looks
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace merge_looks {
+HWY_EXPORT(Routines);
+}  // namespace merge_looks
+
+std::span<const MergeLook> MergeLookRows() {
+  using namespace merge_looks;
+  return HWY_DYNAMIC_DISPATCH(Routines)();
+}
+
+#endif  // HWY_ONCE

@@ -2,6 +2,45 @@
 
 #include <algorithm>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "pixel_rows.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace pixel_rows {
+namespace HWY_NAMESPACE {
+
+void MakeGrayPlane(const EngineImage& image, uint8_t* plane) {
+  const int32_t width = image.width;
+  for (int32_t y = 0; y < image.height; ++y, plane += width) {
+    const uint8_t* row = image.Row(y);
+    for (int32_t x = 0; x < width; ++x) {
+      const uint32_t word = LoadPixel(row + 4 * x);
+      plane[x] = static_cast<uint8_t>(((word & 255) + (word >> 7 & 510) + (word >> 16 & 255)) >> 2);
+    }
+  }
+}
+
+void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* columns, uint8_t* out) {
+  const uint8_t *up = rows.up, *mid = rows.mid, *down = rows.down;
+  for (int32_t i = 0; i < count; ++i) columns[i] = std::max(std::max(up[i], mid[i]), down[i]);
+  for (int32_t i = apart; i < count - apart; ++i) {
+    out[i] = std::max(std::max(columns[i - apart], columns[i]), columns[i + apart]);
+  }
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace pixel_rows
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace pixel_rows {
+HWY_EXPORT(MakeGrayPlane);
+HWY_EXPORT(MaxOf3x3);
+}  // namespace pixel_rows
+
 void FillRim(const EngineImage& image, uint8_t value) {
   for (int32_t y = 0; y < image.height; ++y) {
     uint8_t* row = image.Row(y);
@@ -12,18 +51,13 @@ void FillRim(const EngineImage& image, uint8_t value) {
 }
 
 void MakeGrayPlane(const EngineImage& image, uint8_t* plane) {
-  for (int32_t y = 0; y < image.height; ++y, plane += image.width) {
-    const uint8_t* row = image.Row(y);
-    for (int32_t x = 0; x < image.width; ++x) {
-      const uint32_t word = LoadPixel(row + 4 * x);
-      plane[x] = static_cast<uint8_t>(((word & 255) + (word >> 7 & 510) + (word >> 16 & 255)) >> 2);
-    }
-  }
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(MakeGrayPlane)(image, plane);
 }
 
 void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* columns, uint8_t* out) {
-  for (int32_t i = 0; i < count; ++i) columns[i] = std::max(std::max(rows.up[i], rows.mid[i]), rows.down[i]);
-  for (int32_t i = apart; i < count - apart; ++i) {
-    out[i] = std::max(std::max(columns[i - apart], columns[i]), columns[i + apart]);
-  }
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(MaxOf3x3)(rows, apart, count, columns, out);
 }
+
+#endif  // HWY_ONCE

@@ -154,10 +154,11 @@ void EngineShell::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t d
   const EngineImage from = MakeEngineImage(src, width, height, srcStep);
   const EngineImage image = MakeEngineImage(dst, width, height, dstStep);
   const auto copy = [&] { CopyRows(src, dst, width, height, srcStep, dstStep); };
-  // A copy also takes bytes between rows along.
+  // A copy also takes bytes between rows along, and leaves the rest of rows that are longer than the source's.
   const bool spared = src && srcStep == width * 4 && dstStep == width * 4 && EngineSparesCopy(record_);
   if (!spared) copy();
-  if (EngineRunFrom(record_, src ? from : image, image, nullptr) != kEngineDone && spared) copy();
+  const bool alike = src && srcStep >= width * 4;
+  if (EngineRunFrom(record_, alike ? from : image, image, nullptr) != kEngineDone && spared) copy();
 }
 
 CBaseFilterProc* MakeEngineShell(int32_t effectId, int32_t width, int32_t height) {

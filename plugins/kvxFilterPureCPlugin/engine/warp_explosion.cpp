@@ -6,6 +6,16 @@
 #include "pixel_rows.h"
 #include "warp_routines.h"
 
+// All of this file is compiled once for each vector target; its loops are plain, so that all give the same bytes.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "warp_explosion.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace warp_explosion {
+namespace HWY_NAMESPACE {
+
 namespace {
 
 // Columns that read neighbouring columns.
@@ -101,7 +111,24 @@ int32_t Explosion(EngineRecord& record, const EngineImage& frame, const EngineIm
 
 }  // namespace
 
-std::span<const WarpRoutine> ExplosionRoutines() {
+std::span<const WarpRoutine> Routines() {
   static constexpr WarpRoutine kRoutines[] = {{1042, Explosion}};
   return kRoutines;
 }
+
+}  // namespace HWY_NAMESPACE
+}  // namespace warp_explosion
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace warp_explosion {
+HWY_EXPORT(Routines);
+}  // namespace warp_explosion
+
+std::span<const WarpRoutine> ExplosionRoutines() {
+  using namespace warp_explosion;
+  return HWY_DYNAMIC_DISPATCH(Routines)();
+}
+
+#endif  // HWY_ONCE
