@@ -1,12 +1,14 @@
 // Looks that end in a box blur: grey noise, and a glow over the sharp picture.
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "blends.h"
 #include "composite_looks.h"
 #include "curve.h"
 #include "engine_internal.h"
 #include "random.h"
+#include "transpose.h"
 
 namespace {
 
@@ -45,30 +47,48 @@ inline int32_t CutMean(int32_t sum, float inverse) {
   return static_cast<int32_t>((static_cast<float>(sum) + 0.5f) * inverse);
 }
 
-// Even pixels take the mean of the window around them, in place: what lies to the left is averaged already. Odd pixels
-// then take the mean of their neighbours.
-void HalfBoxRow(uint8_t* row, int32_t width, int32_t radius) {
-  int32_t sum[3] = {};
+// Rows that the row pass turns into columns and takes side by side.
+constexpr int32_t kBandHeight = 16;
+
+// Even pixels take the mean of the window around them, in place: what lies before is averaged already. Odd pixels then
+// take the mean of their neighbours. `line` is `length` pixels of as many rows as make up `bytes`; alpha goes along.
+void HalfBoxLine(uint8_t* line, int32_t length, int32_t bytes, int32_t radius) {
+  int32_t sums[4 * kBandHeight] = {};
+  const auto at = [&](int32_t x) { return line + static_cast<ptrdiff_t>(x) * bytes; };
   int32_t end = 0;  // of the window
-  const auto include = [&](int32_t x, int32_t sign) {
-    for (int c = 0; c < 3; ++c) sum[c] += sign * row[4 * x + c];
-  };
-  const float inverse = InverseOf(2 * radius + 1);
-  for (int32_t x = 0; x <= width - 2; x += 2) {
-    while (end < std::min(width, x + radius + 1)) include(end++, 1);
-    for (int32_t gone = std::max(x - radius - 2, 0); gone < x - radius; ++gone) include(gone, -1);
-    const int32_t count = end - std::max(x - radius, 0);
-    const float share = count == 2 * radius + 1 ? inverse : InverseOf(count);
-    uint8_t* p = row + 4 * x;
-    for (int c = 0; c < 3; ++c) {
-      const int32_t mean = CutMean(sum[c], share);
-      sum[c] += mean - p[c];
-      p[c] = static_cast<uint8_t>(mean);
+  for (int32_t x = 0; x <= length - 2; x += 2) {
+    for (; end < std::min(length, x + radius + 1); ++end) {
+      const uint8_t* in = at(end);
+      for (int32_t i = 0; i < bytes; ++i) sums[i] += in[i];
+    }
+    for (int32_t gone = std::max(x - radius - 2, 0); gone < x - radius; ++gone) {
+      const uint8_t* in = at(gone);
+      for (int32_t i = 0; i < bytes; ++i) sums[i] -= in[i];
+    }
+    const float share = InverseOf(end - std::max(x - radius, 0));
+    uint8_t* p = at(x);
+    for (int32_t i = 0; i < bytes; ++i) {
+      const int32_t mean = CutMean(sums[i], share);
+      sums[i] += mean - p[i];
+      p[i] = static_cast<uint8_t>(mean);
     }
   }
-  for (int32_t x = 1; x <= width - 2; x += 2) {
-    uint8_t* p = row + 4 * x;
-    for (int c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>((p[c - 4] + p[c + 4]) / 2);
+  for (int32_t x = 1; x <= length - 2; x += 2) {
+    uint8_t* p = at(x);
+    for (int32_t i = 0; i < bytes; ++i) p[i] = static_cast<uint8_t>((p[i - bytes] + p[i + bytes]) / 2);
+  }
+}
+
+// Every row, alpha too, from the image to `rows`.
+void HalfBoxRows(const EngineImage& image, uint8_t* rows, int32_t radius) {
+  std::vector<uint8_t> columns(static_cast<size_t>(image.width) * kBandHeight * 4);
+  for (int32_t y = 0; y < image.height; y += kBandHeight) {
+    const int32_t height = std::min(kBandHeight, image.height - y);
+    const FrameView turned{columns.data(), height, image.width, height * 4};
+    Transpose({image.Row(y), image.width, height, image.stepBytes}, turned);
+    HalfBoxLine(columns.data(), image.width, height * 4, radius);
+    Transpose({turned.data, turned.width, turned.height, turned.step},
+              {rows + static_cast<ptrdiff_t>(y) * image.stepBytes, image.width, height, image.stepBytes});
   }
 }
 
@@ -83,8 +103,8 @@ inline void StoreColor(uint8_t* p, uint32_t word) {
   std::memcpy(p, &word, 4);
 }
 
-// Even rows from the row pass's result in `rows`, odd rows between two even ones from those. `sums` holds a number for
-// every byte of a row.
+// Even rows from the row pass's result in `rows`, odd rows between two even ones from those, the last row as it is
+// there. `sums` holds a number for every byte of a row.
 void HalfBoxColumns(const EngineImage& image, const uint8_t* rows, int32_t radius, int32_t* sums, uint8_t* means) {
   const int32_t rowBytes = image.width * 4;
   std::fill_n(sums, rowBytes, 0);
@@ -104,6 +124,8 @@ void HalfBoxColumns(const EngineImage& image, const uint8_t* rows, int32_t radiu
     uint8_t* out = image.Row(y);
     for (int32_t i = 0; i < rowBytes; i += 4) StoreColor(out + i, LoadWord(means + i));
   }
+  const uint8_t* lastRow = rowOf(image.height - 1);
+  for (int32_t i = 0; i < rowBytes; i += 4) StoreColor(image.Row(image.height - 1) + i, LoadWord(lastRow + i));
   for (int32_t y = 1; y <= image.height - 2; y += 2) {
     const uint8_t* above = image.Row(y - 1);
     const uint8_t* below = image.Row(y + 1);
@@ -146,8 +168,7 @@ int32_t Fuzzy(EngineRecord& record, const EngineImage& image) {
   auto* sums = reinterpret_cast<int32_t*>(scratch);
 
   const int32_t radius = (image.totalBytes >> 21) + 4;
-  for (int32_t y = 0; y < image.height; ++y) HalfBoxRow(image.Row(y), image.width, radius);
-  std::memcpy(record.sourceCopy, image.pixels, static_cast<size_t>(image.totalBytes));
+  HalfBoxRows(image, record.sourceCopy, radius);
   HalfBoxColumns(image, record.sourceCopy, radius, sums, scratch + 4 * static_cast<size_t>(rowBytes));
 
   for (int32_t y = 0; y < image.height; ++y) {
