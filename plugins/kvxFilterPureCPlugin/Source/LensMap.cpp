@@ -7,6 +7,15 @@
 
 #include "numeric.h"
 
+// The samplers are compiled once for each vector target; all give the same bytes.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "LensMap.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace lens_map {
+namespace HWY_NAMESPACE {
 namespace {
 
 uint32_t Load(const uint8_t* pixel) {
@@ -198,12 +207,6 @@ template <typename Sampler>
 
 }  // namespace
 
-LensMap AllocateLensMap(int32_t width, int32_t height) {
-  LensMap map;
-  map.Allocate(PixelCount(width, height));
-  return map;
-}
-
 void RemapFrame(ConstFrameView src, FrameView dst, const SourcePosition* map, Sampling sampling, uint32_t fill) {
   switch (sampling) {
     case Sampling::kNearest:
@@ -222,3 +225,26 @@ void RemapFrame(ConstFrameView src, FrameView dst, const SourcePosition* map, Sa
       return Remap<Separable<Lanczos>>(src, dst, map, fill);
   }
 }
+
+}  // namespace HWY_NAMESPACE
+}  // namespace lens_map
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace lens_map {
+HWY_EXPORT(RemapFrame);
+}  // namespace lens_map
+
+LensMap AllocateLensMap(int32_t width, int32_t height) {
+  LensMap map;
+  map.Allocate(PixelCount(width, height));
+  return map;
+}
+
+void RemapFrame(ConstFrameView src, FrameView dst, const SourcePosition* map, Sampling sampling, uint32_t fill) {
+  using namespace lens_map;
+  HWY_DYNAMIC_DISPATCH(RemapFrame)(src, dst, map, sampling, fill);
+}
+
+#endif  // HWY_ONCE
