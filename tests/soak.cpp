@@ -109,9 +109,9 @@ int64_t ResidentBytes() {
 }
 
 // The library from its start to its end, with one object of each effect.
-class Session {
+class Lifetime {
  public:
-  Session() {
+  Lifetime() {
     provider_.util.root = KVX_TEST_RESOURCES;
     HostStartupRecord host{nullptr, &provider_};
     PluginStartupInfo info{};
@@ -125,10 +125,10 @@ class Session {
       plugin_.registerEffect(static_cast<int32_t>(index), &registrar_);
     }
   }
-  ~Session() {
+  ~Lifetime() {
     for (KVXEffect* effect : effects_) plugin_.release(effect);
   }
-  Session(const Session&) = delete;
+  Lifetime(const Lifetime&) = delete;
 
   // `turn` decides size and values.
   void Render(int effect, int turn) {
@@ -174,14 +174,14 @@ int main(int argc, char** argv) {
   std::printf("%8s %14s %14s\n", "frames", "in use KiB", "resident KiB");
   std::vector<int64_t> inUse;
   inUse.reserve(static_cast<size_t>(samples));
-  std::optional<Session> session;
+  std::optional<Lifetime> lifetime;
   for (int sample = 0; sample < samples; ++sample) {
     if (sample % kSamplesPerStart == 0) {
-      session.reset();
-      session.emplace();
+      lifetime.reset();
+      lifetime.emplace();
     }
     for (int turn = 0; turn < turns; ++turn) {
-      for (int effect = 0; effect < kEffects; ++effect) session->Render(effect, turn);
+      for (int effect = 0; effect < kEffects; ++effect) lifetime->Render(effect, turn);
     }
     inUse.push_back(BytesInUse());
     std::printf("%8d %14.1f %14.1f%s\n", (sample + 1) * turns * kEffects, static_cast<double>(inUse.back()) / 1024,
