@@ -56,6 +56,9 @@ TEST(Files, SeparatorsOrderAndMissingNames) {
   EXPECT_EQ(ReadFile(root + "\\b\\\xC3\xA9 x.conf"), "content");
   EXPECT_FALSE(ReadFile(root + "/b"));
   EXPECT_FALSE(ReadFile(root + "/missing"));
+  dir.Write("huge", "");
+  std::filesystem::resize_file(root + "/huge", (uintmax_t{1} << 30) + 1);  // takes no room
+  EXPECT_FALSE(ReadFile(root + "/huge"));
   EXPECT_FALSE(ReadFile(root + "/\xFF"));
   const auto entries = ListDirectory(root + "/b");
   ASSERT_TRUE(entries);

@@ -18,6 +18,9 @@ struct DirectoryCloser {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
+// No catalogue and no picture comes near it; what is larger, or has no end, would only use up memory.
+constexpr size_t kLargestFile = size_t{1} << 30;
+
 std::string NativePath(std::string path) {
   std::replace(path.begin(), path.end(), '\\', '/');
   return path;
@@ -64,11 +67,15 @@ std::optional<std::string> ReadFile(const std::string& path) {
   struct stat info;
   // A pipe or device would block or never end.
   if (stat(native.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
+  if (info.st_size > static_cast<off_t>(kLargestFile)) return std::nullopt;
   const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(native.c_str(), "rb"));
   if (!file) return std::nullopt;
   std::string content;
   char block[65536];
-  while (const size_t count = std::fread(block, 1, sizeof block, file.get())) content.append(block, count);
+  while (const size_t count = std::fread(block, 1, sizeof block, file.get())) {
+    content.append(block, count);
+    if (content.size() > kLargestFile) return std::nullopt;
+  }
   if (std::ferror(file.get())) return std::nullopt;
   return content;
 }

@@ -26,7 +26,8 @@ std::optional<DirectoryId> IdentifyDirectory(const std::string& path);
 // True for anything that exists under this path and is not a directory.
 bool FileExists(std::u16string_view path);
 
-// The whole content of a regular file; nothing if it cannot be opened or read, or if the path is not valid UTF-8.
+// The whole content of a regular file; nothing if it cannot be opened or read, is above 1 GiB, or if the path is not
+// valid UTF-8.
 std::optional<std::string> ReadFile(const std::string& path);
 std::optional<std::string> ReadFile(std::u16string_view path);
 
