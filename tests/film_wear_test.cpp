@@ -35,7 +35,7 @@ FrameBuffer Picture(int32_t width, int32_t height, uint32_t seed = 1) {
 }
 
 FrameBuffer RunSeeded(int32_t id, FrameBuffer& src, std::initializer_list<double> values = {}, uint32_t seed = 7) {
-  const auto processor = MakeEffect(id, src.Width(), src.Height());  // before the seed: the first record draws
+  const auto processor = MakeEffect(id, src.Width(), src.Height());  // before seeding: the first record draws
   FrameBuffer dst(src.Width(), src.Height());
   SeedStream(seed);
   RunFrame(*processor, src, dst, Values(id, values));

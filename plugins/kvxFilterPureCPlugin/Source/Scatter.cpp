@@ -48,7 +48,7 @@ void CCanvas::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kCanvasParams, {static_cast<double>(range_)});
 }
 
-// The pattern moves once a second, and the whole process draws on from the seed.
+// The pattern moves once a second, and the whole process draws on from there.
 void CCanvas::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
   range_ = std::max(Trunc32(Param(params, 1)), 1);
   Rand rand;

@@ -1,5 +1,5 @@
 // Loops over a row of pixels that are worth wide vectors. They are plain C++ and compiled once for each vector target,
-// so that every target gives the same bytes.
+// so that every target gives the same bytes. `out` lies apart from the rows that are read.
 #ifndef KVX_FRAMEWORK_ROW_LOOPS_H_
 #define KVX_FRAMEWORK_ROW_LOOPS_H_
 
