@@ -19,7 +19,7 @@ uint8_t Sharpened(int32_t p, double k, int32_t difference) {
 // The difference is that of two pixels of a row to the two below them, and 0 in the last row and column.
 void Sharpen(ConstFrameView src, FrameView dst, double k) {
   if (dst.Empty()) return;
-  const bool common = std::fabs(k) <= kMostSharpening;
+  const bool common = std::fabs(k) <= kMostSharpening && src.data != dst.data;
   const int32_t rowBytes = dst.width * 4;
   for (int32_t y = 0; y < dst.height; ++y) {
     const uint8_t* in = src.Row(y);
