@@ -12,12 +12,14 @@
 #include <string>
 #include <vector>
 
-#include "alpha_blend.h"
-#include "bench_host.h"
-#include "effect_table.h"
+#include "benchmarks/bench_host.h"
+#include "benchmarks/opencv_operations.h"
+#include "framework/factory/effect_table.h"
 #include "kvx/exports.h"
-#include "memory_probe.h"
-#include "opencv_operations.h"
+#include "platform/memory_probe.h"
+#include "runtime/alpha_blend.h"
+
+using namespace vizcore;
 
 namespace {
 

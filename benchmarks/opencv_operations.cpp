@@ -1,4 +1,4 @@
-#include "opencv_operations.h"
+#include "benchmarks/opencv_operations.h"
 
 #include <cmath>
 #include <opencv2/imgproc.hpp>

@@ -2,7 +2,9 @@
 
 #include <memory>
 
-#include "codec_impl.h"
+#include "codecs/codec_impl.h"
+
+namespace kvx {
 
 namespace {
 
@@ -74,3 +76,5 @@ std::string EncodeJpeg(const Picture& picture, int quality) {
   tjFree(bytes);
   return out;
 }
+
+}  // namespace kvx

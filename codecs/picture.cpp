@@ -1,6 +1,8 @@
-#include "picture.h"
+#include "codecs/picture.h"
 
-#include "codec_impl.h"
+#include "codecs/codec_impl.h"
+
+namespace kvx {
 
 PictureFormat DetectFormat(std::string_view bytes) {
   if (bytes.starts_with("\x89PNG\r\n\x1a\n")) return PictureFormat::kPng;
@@ -29,3 +31,5 @@ bool CheckPictureSize(int64_t width, int64_t height, std::string& error) {
   error = "the picture is too large: " + std::to_string(width) + " by " + std::to_string(height);
   return false;
 }
+
+}  // namespace kvx

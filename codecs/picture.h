@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace kvx {
+
 // 32-bit pixels, bytes blue, green, red, alpha; rows follow each other without padding.
 struct Picture {
   int32_t width = 0;
@@ -39,5 +41,7 @@ std::string EncodePng(const Picture& picture);
 
 // Alpha is dropped. `quality` from 1 to 100.
 std::string EncodeJpeg(const Picture& picture, int quality = 95);
+
+}  // namespace kvx
 
 #endif  // KVX_CODECS_PICTURE_H_

@@ -5,7 +5,9 @@
 #include <cstring>
 #include <new>
 
-#include "codec_impl.h"
+#include "codecs/codec_impl.h"
+
+namespace kvx {
 
 // The row interface, because the library's simplified one applies gamma and scales 16 bits in another way.
 
@@ -144,3 +146,5 @@ std::string EncodePng(const Picture& picture) {
   if (!writer.info || !WriteAll(writer, picture, out)) out.clear();
   return out;
 }
+
+}  // namespace kvx

@@ -1,13 +1,13 @@
-#include "catalogue_use.h"
+#include "fuzz/catalogue_use.h"
 
 #include <cstdlib>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "fake_host.h"
-#include "random.h"
-#include "registry.h"
+#include "boundary/registry.h"
+#include "framework/random.h"
+#include "tests/support/fake_host.h"
 
 namespace {
 

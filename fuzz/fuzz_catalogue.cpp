@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "catalogue_use.h"
-#include "fake_host.h"
+#include "fuzz/catalogue_use.h"
+#include "tests/support/fake_host.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const TemporaryDirectory root;

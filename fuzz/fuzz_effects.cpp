@@ -11,18 +11,21 @@
 #include <string>
 #include <vector>
 
-#include "clock.h"
-#include "effect_table.h"
-#include "fake_host.h"
-#include "frames.h"
-#include "picture.h"
-#include "pure_c_filter.h"
-#include "random.h"
-#include "text.h"
+#include "codecs/picture.h"
+#include "framework/factory/effect_table.h"
+#include "framework/random.h"
+#include "platform/clock.h"
+#include "platform/text.h"
+#include "runtime/pure_c_filter.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/frames.h"
+
+using namespace kvx;
+
+using namespace vizcore;
 
 namespace {
 
-constexpr const char* kMaterialNames[] = {KVX_MATERIAL_NAMES};
 constexpr int kMaterialSets = 4;
 
 // Many effects share all their code and differ by data. So that the corpus holds each of them, each counts by itself,
@@ -33,11 +36,15 @@ __attribute__((section("__libfuzzer_extra_counters"))) uint8_t g_seen[2][512];
 class Materials {
  public:
   Materials() {
-    for (const std::string name : kMaterialNames) {
-      Write("0/Merge/" + name, Encoded(name, 24, 16));
-      Write("1/Merge/" + name, Encoded(name, 1, 1));
-      const std::string whole = Encoded(name, 24, 16);
-      Write("2/Merge/" + name, whole.substr(0, whole.size() * 2 / 3));
+    for (const EffectRow& row : EffectRows()) {
+      for (const char* file : row.materials) {
+        if (!file) continue;
+        const std::string name = file;
+        Write("0/Merge/" + name, Encoded(name, 24, 16));
+        Write("1/Merge/" + name, Encoded(name, 1, 1));
+        const std::string whole = Encoded(name, 24, 16);
+        Write("2/Merge/" + name, whole.substr(0, whole.size() * 2 / 3));
+      }
     }
   }
 

@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <string>
 
-#include "catalogue_use.h"
-#include "fake_host.h"
+#include "fuzz/catalogue_use.h"
+#include "tests/support/fake_host.h"
 
 namespace {
 

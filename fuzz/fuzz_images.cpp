@@ -12,10 +12,12 @@
 #include <string>
 #include <string_view>
 
-#include "image.h"
-#include "picture.h"
+#include "codecs/picture.h"
+#include "platform/image.h"
 
 extern "C" size_t LLVMFuzzerMutate(uint8_t* data, size_t size, size_t maxSize);
+
+using namespace kvx;
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "codecs/picture.h"
 #include "painter/materials.h"
-#include "picture.h"
 
 namespace {
 
@@ -24,8 +24,8 @@ cv::Size SizeOf(std::string_view fileName) {
 }
 
 // Half a step of noise keeps slow gradients free of bands.
-Picture ToBytes(const Canvas& canvas, Mount mount) {
-  Picture picture(canvas.cols, canvas.rows);
+kvx::Picture ToBytes(const Canvas& canvas, Mount mount) {
+  kvx::Picture picture(canvas.cols, canvas.rows);
   Dice dice(20);
   for (int y = 0; y < canvas.rows; ++y) {
     const Pixel* in = canvas[mount == Mount::kTopFirst ? y : canvas.rows - 1 - y];
@@ -48,8 +48,8 @@ bool Write(const std::filesystem::path& path, const std::string& bytes) {
 bool PaintGroup(const Group& group, const std::filesystem::path& directory) {
   for (const Material& material : group.materials()) {
     const std::string_view name = material.fileName;
-    const Picture picture = ToBytes(material.paint(SizeOf(name)), material.mount);
-    const std::string bytes = name.ends_with(".png") ? EncodePng(picture) : EncodeJpeg(picture, 93);
+    const kvx::Picture picture = ToBytes(material.paint(SizeOf(name)), material.mount);
+    const std::string bytes = name.ends_with(".png") ? kvx::EncodePng(picture) : kvx::EncodeJpeg(picture, 93);
     if (!Write(directory / name, bytes)) {
       std::fprintf(stderr, "paint_materials: cannot write %s\n", (directory / name).c_str());
       return false;

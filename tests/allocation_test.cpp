@@ -7,14 +7,14 @@
 #include <functional>
 #include <opencv2/core.hpp>
 
-#include "MergeFilter.h"
-#include "effect_table.h"
-#include "failing_allocator.h"
-#include "host_log.h"
-#include "materials.h"
-#include "quiet_host.h"
-#include "random.h"
-#include "shells.h"
+#include "Source/Overlays.h"
+#include "engine/shells/shells.h"
+#include "framework/factory/effect_table.h"
+#include "framework/host_log.h"
+#include "framework/random.h"
+#include "tests/support/failing_allocator.h"
+#include "tests/support/materials.h"
+#include "tests/support/quiet_host.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr int64_t kStride = 7;  // opening the library is slow here
@@ -25,6 +25,8 @@ extern "C" __attribute__((visibility("default"))) const char* __lsan_default_sup
 #else
 constexpr int64_t kStride = 1;
 #endif
+
+using namespace kvx;
 
 namespace {
 
@@ -263,7 +265,7 @@ TEST_P(PromiseAllocation, IsKept) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Named, PromiseAllocation, testing::ValuesIn(kPromises),
-                         [](const auto& info) { return std::to_string(info.param.id); });
+                         [](const auto& test) { return std::to_string(test.param.id); });
 
 // A shell's second allocation is the engine's record, a merge's third, after its material's name. Without it the source
 // comes through.

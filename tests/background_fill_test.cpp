@@ -5,12 +5,12 @@
 #include <cmath>
 #include <limits>
 
-#include "BGFPatterns.h"
-#include "StackBlur.h"
-#include "blend_tables.h"
-#include "fake_host.h"
-#include "my_resize.h"
-#include "random.h"
+#include "Source/BGFPatterns.h"
+#include "Source/StackBlur.h"
+#include "framework/blend_tables.h"
+#include "framework/my_resize.h"
+#include "framework/random.h"
+#include "tests/support/fake_host.h"
 
 namespace {
 

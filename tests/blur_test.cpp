@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "StackBlur.h"
-#include "frames.h"
+#include "Source/StackBlur.h"
+#include "tests/support/frames.h"
 
 namespace {
 

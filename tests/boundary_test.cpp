@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <thread>
 
-#include "fake_host.h"
+#include "tests/support/fake_host.h"
 
 namespace {
 

@@ -6,9 +6,11 @@
 #include <set>
 #include <stdexcept>
 
-#include "effect_table.h"
-#include "fake_host.h"
-#include "filter_parser.h"
+#include "catalogue/filter_parser.h"
+#include "framework/factory/effect_table.h"
+#include "tests/support/fake_host.h"
+
+using namespace vizcore;
 
 namespace {
 

@@ -10,10 +10,10 @@
 #include <map>
 #include <sstream>
 
-#include "clock.h"
-#include "effect_table.h"
-#include "frames.h"
-#include "random.h"
+#include "framework/factory/effect_table.h"
+#include "framework/random.h"
+#include "platform/clock.h"
+#include "tests/support/frames.h"
 
 namespace {
 

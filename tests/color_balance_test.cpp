@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "frames.h"
+#include "tests/support/frames.h"
 
 namespace {
 

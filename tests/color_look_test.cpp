@@ -1,8 +1,8 @@
 // The engine's colour looks.
 #include <gtest/gtest.h>
 
-#include "engine.h"
-#include "frames.h"
+#include "engine/engine.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "curve.h"
-#include "frames.h"
-#include "random.h"
+#include "engine/curve.h"
+#include "framework/random.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -6,10 +6,12 @@
 #include <memory>
 #include <tuple>
 
-#include "clock.h"
-#include "engine_internal.h"
-#include "frames.h"
-#include "shells.h"
+#include "engine/engine_internal.h"
+#include "engine/shells/engine_shell.h"
+#include "engine/shells/shells.h"
+#include "framework/factory/effect_table.h"
+#include "platform/clock.h"
+#include "tests/support/frames.h"
 
 namespace {
 
@@ -147,7 +149,7 @@ TEST(EngineScratch, GrowsAndTellsOfIt) {
 }
 
 std::unique_ptr<CBaseFilterProc> Shell(int32_t id, int32_t width = 320, int32_t height = 8) {
-  return std::unique_ptr<CBaseFilterProc>(MakeEngineShell(id, width, height));
+  return std::unique_ptr<CBaseFilterProc>(MakeEngineShell(*FindEffectRow(id), width, height));
 }
 
 FilterParamDesc Describe(CBaseFilterProc& shell, int32_t index) {

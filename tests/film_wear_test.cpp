@@ -5,13 +5,13 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "curve.h"
-#include "engine_internal.h"
-#include "frames.h"
-#include "numeric.h"
-#include "random.h"
-#include "wear.h"
-#include "wear_tables.h"
+#include "engine/curve.h"
+#include "engine/engine_internal.h"
+#include "engine/wear.h"
+#include "engine/wear_tables.h"
+#include "framework/numeric.h"
+#include "framework/random.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -6,11 +6,11 @@
 #include <set>
 #include <thread>
 
-#include "effect_table.h"
-#include "frames.h"
-#include "material_path.h"
-#include "numeric.h"
-#include "random.h"
+#include "framework/factory/effect_table.h"
+#include "framework/material_path.h"
+#include "framework/numeric.h"
+#include "framework/random.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <array>
 #include <cmath>
 
-#include "frames.h"
-#include "random.h"
+#include "framework/random.h"
+#include "tests/support/frames.h"
 
 namespace {
 

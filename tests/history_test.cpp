@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "clock.h"
-#include "frames.h"
+#include "platform/clock.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -7,11 +7,12 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "commands.h"
-#include "demo_picture.h"
-#include "effect_traits.h"
-#include "fake_host.h"
-#include "param_track.h"
+#include "hostkit/param_track.h"
+#include "hosts/kvx/commands.h"
+#include "hosts/kvx/demo_picture.h"
+#include "tests/support/fake_host.h"
+
+using namespace kvx;
 
 namespace {
 
@@ -208,23 +209,6 @@ TEST(KvxCommand, JobsDoNotChangeTheFrames) {
   for (int i = 0; i < 9; ++i) {
     const std::string tail = "_" + std::to_string(i) + ".png";
     EXPECT_EQ(ReadPicture(at + "1" + tail).pixels, ReadPicture(at + "3" + tail).pixels) << i;
-  }
-}
-
-TEST(EffectTraits, StatelessEffectsGiveEachFrameByItself) {
-  Plugin plugin(KVX_TEST_PLUGIN, KVX_TEST_RESOURCES, false);
-  for (const EffectInfo& effect : plugin.Effects()) {
-    EXPECT_NE(FamilyOf(effect.id), "other") << effect.id;
-    if (!IsStatelessEffect(effect.id)) continue;
-    const ParamTracks tracks(effect, {}, 100);
-    const auto inOrder = plugin.Create(effect);
-    Picture running, alone;
-    for (int64_t frame = 0; frame < 4; ++frame) {
-      const Picture source = DrawDemoPicture(48, 27, frame * 10);
-      inOrder->Render(source, running, frame, 60, tracks.At(frame, 0));
-      plugin.Create(effect)->Render(source, alone, frame, 60, tracks.At(frame, 0));
-      ASSERT_EQ(running.pixels, alone.pixels) << effect.id << " " << effect.name << " frame " << frame;
-    }
   }
 }
 

@@ -7,10 +7,12 @@
 #include <array>
 #include <cstring>
 
-#include "fake_host.h"
-#include "image.h"
-#include "picture.h"
-#include "text.h"
+#include "codecs/picture.h"
+#include "platform/image.h"
+#include "platform/text.h"
+#include "tests/support/fake_host.h"
+
+using namespace kvx;
 
 namespace {
 

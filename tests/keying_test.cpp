@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "frames.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <optional>
 
-#include "frames.h"
+#include "tests/support/frames.h"
 
 namespace {
 

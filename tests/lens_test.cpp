@@ -3,11 +3,11 @@
 
 #include <cmath>
 
-#include "DefishFilter.h"
-#include "LensMap.h"
-#include "OrnerFilter.h"
-#include "PerspectiveFilter.h"
-#include "frames.h"
+#include "Source/DefishFilter.h"
+#include "Source/LensMap.h"
+#include "Source/OrnerFilter.h"
+#include "Source/PerspectiveTiles.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -3,9 +3,11 @@
 
 #include <filesystem>
 
-#include "engine.h"
-#include "frames.h"
-#include "materials.h"
+#include "engine/engine.h"
+#include "tests/support/frames.h"
+#include "tests/support/materials.h"
+
+using namespace kvx;
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <functional>
 
-#include "engine.h"
-#include "frames.h"
+#include "engine/engine.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -5,9 +5,11 @@
 #include <filesystem>
 #include <limits>
 
-#include "files.h"
-#include "frames.h"
-#include "materials.h"
+#include "platform/files.h"
+#include "tests/support/frames.h"
+#include "tests/support/materials.h"
+
+using namespace kvx;
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <thread>
 #include <vector>
 
-#include "effect_table.h"
-#include "frames.h"
+#include "framework/factory/effect_table.h"
+#include "tests/support/frames.h"
 
 namespace {
 

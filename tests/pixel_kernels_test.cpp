@@ -1,6 +1,6 @@
 // Every vector form of every pixel kernel against its scalar definition: all tails, unaligned starts, all targets of
 // this machine.
-#include "pixel_kernels.h"
+#include "framework/pixel_kernels.h"
 
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
@@ -10,8 +10,8 @@
 #include <limits>
 #include <vector>
 
-#include "EdgeLight.h"
-#include "row_loops.h"
+#include "Source/EdgeLight.h"
+#include "framework/row_loops.h"
 
 namespace {
 

@@ -3,12 +3,14 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "clock.h"
-#include "fake_host.h"
-#include "files.h"
-#include "memory_probe.h"
-#include "picture.h"
-#include "text.h"
+#include "codecs/picture.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/memory_probe.h"
+#include "platform/text.h"
+#include "tests/support/fake_host.h"
+
+using namespace kvx;
 
 namespace {
 

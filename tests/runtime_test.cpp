@@ -3,16 +3,17 @@
 
 #include <cstring>
 
-#include "alpha_blend.h"
-#include "blend_tables.h"
-#include "filter_info.h"
-#include "frames.h"
-#include "my_resize.h"
-#include "pure_c_filter.h"
+#include "catalogue/description/filter_info.h"
+#include "framework/blend_tables.h"
+#include "framework/my_resize.h"
+#include "framework/params.h"
+#include "runtime/alpha_blend.h"
+#include "runtime/pure_c_filter.h"
+#include "tests/support/frames.h"
 
 namespace {
 
-using vizcore::NLEPureCFilter;
+using namespace vizcore;
 
 std::shared_ptr<NLEFilterParams> MakeParam(const char* name, ParamKind kind, NLEParamValue value) {
   auto params = std::make_shared<NLEFilterParams>();

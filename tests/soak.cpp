@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "fake_host.h"
-#include "quiet_host.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/quiet_host.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 extern "C" size_t __sanitizer_get_current_allocated_bytes();

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "clock.h"
-#include "frames.h"
-#include "random.h"
+#include "framework/random.h"
+#include "platform/clock.h"
+#include "tests/support/frames.h"
 
 namespace {
 

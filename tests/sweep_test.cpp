@@ -4,8 +4,8 @@
 
 #include <limits>
 
-#include "effect_table.h"
-#include "frames.h"
+#include "framework/factory/effect_table.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The point tone effects.
 #include <gtest/gtest.h>
 
-#include "frames.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <functional>
 
-#include "engine_internal.h"
-#include "frames.h"
-#include "random.h"
+#include "engine/engine_internal.h"
+#include "framework/random.h"
+#include "tests/support/frames.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 
 #include <cmath>
 
-#include "WaterSurface.h"
-#include "fake_host.h"
-#include "host_log.h"
+#include "Source/WaterSurface.h"
+#include "framework/host_log.h"
+#include "tests/support/fake_host.h"
 
 namespace {
 

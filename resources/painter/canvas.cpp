@@ -1,4 +1,4 @@
-#include "canvas.h"
+#include "painter/canvas.h"
 
 uint32_t Dice::Draw() {
   state_ = state_ * 747796405u + 2891336453u;

@@ -1,6 +1,7 @@
 // What a viewer sees through a device: gun sight, night glass, camera finder. Alpha says how much of it hides the
 // frame.
-#include "materials.h"
+#include "painter/materials.h"
+#include "resources/material_names.h"
 
 namespace {
 
@@ -174,14 +175,14 @@ Canvas CamcorderOff(cv::Size size) {
 }
 
 constexpr Material kFinders[] = {
-    {"Sight16_9.png", Mount::kTopFirst, Sight},
-    {"Sight4_3.png", Mount::kTopFirst, Sight},
-    {"NightGlassView16_9.png", Mount::kTopFirst, NightGlass},
-    {"NightGlassView4_3.png", Mount::kTopFirst, NightGlass},
-    {"CamcorderOn16_9.png", Mount::kTopFirst, CamcorderOn},
-    {"CamcorderOn4_3.png", Mount::kTopFirst, CamcorderOn},
-    {"CamcorderOff16_9.png", Mount::kTopFirst, CamcorderOff},
-    {"CamcorderOff4_3.png", Mount::kTopFirst, CamcorderOff},
+    {material::kSightWide, Mount::kTopFirst, Sight},
+    {material::kSightNarrow, Mount::kTopFirst, Sight},
+    {material::kNightGlassViewWide, Mount::kTopFirst, NightGlass},
+    {material::kNightGlassViewNarrow, Mount::kTopFirst, NightGlass},
+    {material::kCamcorderOnWide, Mount::kTopFirst, CamcorderOn},
+    {material::kCamcorderOnNarrow, Mount::kTopFirst, CamcorderOn},
+    {material::kCamcorderOffWide, Mount::kTopFirst, CamcorderOff},
+    {material::kCamcorderOffNarrow, Mount::kTopFirst, CamcorderOff},
 };
 
 }  // namespace

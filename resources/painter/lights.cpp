@@ -1,5 +1,6 @@
 // Light: leaks, shines, flares, bokeh, bursts.
-#include "materials.h"
+#include "painter/materials.h"
+#include "resources/material_names.h"
 
 namespace {
 
@@ -202,11 +203,15 @@ Canvas ZoomRays(cv::Size size) {
 }
 
 constexpr Material kLights[] = {
-    {"LinearDodge.jpg", Mount::kBottomFirst, CornerShine}, {"pf_shine2.png", Mount::kBottomFirst, LensFlare},
-    {"MergeLight.jpg", Mount::kBottomFirst, PartyLights},  {"Screen.jpg", Mount::kBottomFirst, LightLeak},
-    {"SoftLight.jpg", Mount::kBottomFirst, WindowLight},   {"LinearLight.jpg", Mount::kBottomFirst, GlowingPrint},
-    {"HardLight.jpg", Mount::kBottomFirst, PowderBurst},   {"color_explosion.png", Mount::kBottomFirst, BlueBurst},
-    {"radial3.png", Mount::kBottomFirst, ZoomRays},
+    {material::kLinearDodge, Mount::kBottomFirst, CornerShine},
+    {material::kShine, Mount::kBottomFirst, LensFlare},
+    {material::kMergeLight, Mount::kBottomFirst, PartyLights},
+    {material::kScreen, Mount::kBottomFirst, LightLeak},
+    {material::kSoftLight, Mount::kBottomFirst, WindowLight},
+    {material::kLinearLight, Mount::kBottomFirst, GlowingPrint},
+    {material::kHardLight, Mount::kBottomFirst, PowderBurst},
+    {material::kColorExplosion, Mount::kBottomFirst, BlueBurst},
+    {material::kRadial, Mount::kBottomFirst, ZoomRays},
 };
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <span>
 
-#include "canvas.h"
+#include "painter/canvas.h"
 
 // Which row of the file the effect puts on top. Merge effects turn their material upside down, so theirs is stored
 // bottom row first.

@@ -1,5 +1,6 @@
 // Drawing grounds: crayon on black, pencil on paper.
-#include "materials.h"
+#include "painter/materials.h"
+#include "resources/material_names.h"
 
 namespace {
 
@@ -45,8 +46,8 @@ Canvas PencilOnPaper(cv::Size size) {
 }
 
 constexpr Material kSketches[] = {
-    {"sketch_black.png", Mount::kBottomFirst, CrayonOnBlack},
-    {"sketch.png", Mount::kBottomFirst, PencilOnPaper},
+    {material::kSketchBlack, Mount::kBottomFirst, CrayonOnBlack},
+    {material::kSketch, Mount::kBottomFirst, PencilOnPaper},
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Scenery between viewer and frame: stage, blinds, cloth, poster. Alpha says how much of the frame is covered.
-#include "materials.h"
+#include "painter/materials.h"
+#include "resources/material_names.h"
 
 namespace {
 
@@ -127,13 +128,13 @@ Canvas GrungeRays(cv::Size size) {
 }
 
 constexpr Material kStages[] = {
-    {"Concert16_9.png", Mount::kTopFirst, Concert},
-    {"Concert4_3.png", Mount::kTopFirst, Concert},
-    {"WindowShades16_9.png", Mount::kTopFirst, WindowShades},
-    {"WindowShades4_3.png", Mount::kTopFirst, WindowShades},
-    {"Woven16_9.png", Mount::kTopFirst, Woven},
-    {"Woven4_3.png", Mount::kTopFirst, Woven},
-    {"GrungeRays.png", Mount::kTopFirst, GrungeRays},
+    {material::kConcertWide, Mount::kTopFirst, Concert},
+    {material::kConcertNarrow, Mount::kTopFirst, Concert},
+    {material::kWindowShadesWide, Mount::kTopFirst, WindowShades},
+    {material::kWindowShadesNarrow, Mount::kTopFirst, WindowShades},
+    {material::kWovenWide, Mount::kTopFirst, Woven},
+    {material::kWovenNarrow, Mount::kTopFirst, Woven},
+    {material::kGrungeRays, Mount::kTopFirst, GrungeRays},
 };
 
 }  // namespace

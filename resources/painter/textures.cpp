@@ -1,5 +1,6 @@
 // Surfaces: paper, canvas, film, print, glass of a tube.
-#include "materials.h"
+#include "painter/materials.h"
+#include "resources/material_names.h"
 
 namespace {
 
@@ -219,19 +220,19 @@ Canvas PictureFrame(cv::Size size) {
 }
 
 constexpr Material kTextures[] = {
-    {"AncientCanvas.jpg", Mount::kBottomFirst, AncientCanvas},
-    {"Filter1.jpg", Mount::kBottomFirst, GraduatedFilter},
-    {"OldPaper.jpg", Mount::kBottomFirst, OldPaper},
-    {"OldTV.jpg", Mount::kBottomFirst, OldTube},
-    {"StencilPosterRed.jpg", Mount::kBottomFirst, RedPoster},
-    {"StencilPosterGreen.jpg", Mount::kBottomFirst, GreenPoster},
-    {"StencilPosterBlue.jpg", Mount::kBottomFirst, BluePoster},
-    {"Overlay.jpg", Mount::kBottomFirst, WornFilm},
-    {"MergeLinear.jpg", Mount::kBottomFirst, FadedPrint},
-    {"LinearBurn.jpg", Mount::kBottomFirst, DriedWash},
-    {"burntpaper.png", Mount::kBottomFirst, BurntPaper},
-    {"oldtime.png", Mount::kBottomFirst, OldPhoto},
-    {"MergeImage.png", Mount::kBottomFirst, PictureFrame},
+    {material::kAncientCanvas, Mount::kBottomFirst, AncientCanvas},
+    {material::kFilter1, Mount::kBottomFirst, GraduatedFilter},
+    {material::kOldPaper, Mount::kBottomFirst, OldPaper},
+    {material::kOldTV, Mount::kBottomFirst, OldTube},
+    {material::kStencilPosterRed, Mount::kBottomFirst, RedPoster},
+    {material::kStencilPosterGreen, Mount::kBottomFirst, GreenPoster},
+    {material::kStencilPosterBlue, Mount::kBottomFirst, BluePoster},
+    {material::kOverlay, Mount::kBottomFirst, WornFilm},
+    {material::kMergeLinear, Mount::kBottomFirst, FadedPrint},
+    {material::kLinearBurn, Mount::kBottomFirst, DriedWash},
+    {material::kBurntPaper, Mount::kBottomFirst, BurntPaper},
+    {material::kOldTime, Mount::kBottomFirst, OldPhoto},
+    {material::kMergeImage, Mount::kBottomFirst, PictureFrame},
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Pictures whose work lies at the rim: vignettes, masks, lens and tone circles.
-#include "materials.h"
+#include "painter/materials.h"
+#include "resources/material_names.h"
 
 namespace {
 
@@ -111,18 +112,18 @@ Canvas FocusSpot(cv::Size size) {
 }
 
 constexpr Material kVignettes[] = {
-    {"Vignette1.jpg", Mount::kBottomFirst, SoftOval},
-    {"Vignette2.jpg", Mount::kBottomFirst, TightCircle},
-    {"Vignette3.jpg", Mount::kBottomFirst, SoftPanel},
-    {"Vignette4.jpg", Mount::kBottomFirst, WarmRim},
-    {"Vignette5.jpg", Mount::kBottomFirst, ColdNight},
-    {"Vignette6.jpg", Mount::kBottomFirst, FilmGate},
-    {"Dark.jpg", Mount::kBottomFirst, Dusk},
-    {"VignetteWhite.jpg", Mount::kBottomFirst, WhiteRim},
-    {"ColorTuneCircle00.png", Mount::kBottomFirst, LightCircle},
-    {"ColorTuneCircle01.png", Mount::kBottomFirst, NeutralCircle},
-    {"dark.png", Mount::kBottomFirst, DarkCorners},
-    {"pc_focusColor.png", Mount::kBottomFirst, FocusSpot},
+    {material::kVignette1, Mount::kBottomFirst, SoftOval},
+    {material::kVignette2, Mount::kBottomFirst, TightCircle},
+    {material::kVignette3, Mount::kBottomFirst, SoftPanel},
+    {material::kVignette4, Mount::kBottomFirst, WarmRim},
+    {material::kVignette5, Mount::kBottomFirst, ColdNight},
+    {material::kVignette6, Mount::kBottomFirst, FilmGate},
+    {material::kDark, Mount::kBottomFirst, Dusk},
+    {material::kVignetteWhite, Mount::kBottomFirst, WhiteRim},
+    {material::kColorTuneCircle00, Mount::kBottomFirst, LightCircle},
+    {material::kColorTuneCircle01, Mount::kBottomFirst, NeutralCircle},
+    {material::kDarkCorners, Mount::kBottomFirst, DarkCorners},
+    {material::kFocusColor, Mount::kBottomFirst, FocusSpot},
 };
 
 }  // namespace

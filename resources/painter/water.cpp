@@ -1,7 +1,8 @@
 // Water: drops on glass, rain, bubbles.
 #include <vector>
 
-#include "materials.h"
+#include "painter/materials.h"
+#include "resources/material_names.h"
 
 namespace {
 
@@ -122,9 +123,9 @@ Canvas BubblesAndStars(cv::Size size) {
 }
 
 constexpr Material kWater[] = {
-    {"WaterDrop3.jpg", Mount::kBottomFirst, DropsOnGlass},
-    {"pf_raindrop.png", Mount::kBottomFirst, Rain},
-    {"pf_bubble4.png", Mount::kBottomFirst, BubblesAndStars},
+    {material::kWaterDrop3, Mount::kBottomFirst, DropsOnGlass},
+    {material::kRaindrop, Mount::kBottomFirst, Rain},
+    {material::kBubble, Mount::kBottomFirst, BubblesAndStars},
 };
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "frames.h"
 #include "kvx/exports.h"
+#include "tests/support/frames.h"
 
 // A directory that goes away with the object.
 class TemporaryDirectory {

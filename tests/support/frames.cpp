@@ -1,4 +1,4 @@
-#include "frames.h"
+#include "tests/support/frames.h"
 
 #include <sanitizer/asan_interface.h>
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "frame.h"
+#include "framework/frame.h"
 #include "kvx/exports.h"
 
 // Pixels with a step of their own, between guard zones that must stay as they are. Under the address sanitizer the

@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "fake_host.h"
+#include "codecs/picture.h"
 #include "kvx/exports.h"
-#include "picture.h"
-#include "text.h"
+#include "platform/text.h"
+#include "tests/support/fake_host.h"
 
 // The material directory for the length of a test: empty at first, and none at all afterwards.
 class TemporaryMaterials {
@@ -17,8 +17,8 @@ class TemporaryMaterials {
 
   std::string Directory() const { return (directory_.Path() / "Merge").string(); }
   void Write(const std::string& name, const std::string& content) const { directory_.Write("Merge/" + name, content); }
-  void Write(const std::string& name, const Picture& picture) const {
-    Write(name, name.ends_with(".png") ? EncodePng(picture) : EncodeJpeg(picture));
+  void Write(const std::string& name, const kvx::Picture& picture) const {
+    Write(name, name.ends_with(".png") ? kvx::EncodePng(picture) : kvx::EncodeJpeg(picture));
   }
 
  private:
@@ -26,8 +26,8 @@ class TemporaryMaterials {
 };
 
 // Every pixel the same.
-inline Picture PlainPicture(int32_t width, int32_t height, uint8_t b, uint8_t g, uint8_t r, uint8_t a) {
-  Picture picture(width, height);
+inline kvx::Picture PlainPicture(int32_t width, int32_t height, uint8_t b, uint8_t g, uint8_t r, uint8_t a) {
+  kvx::Picture picture(width, height);
   for (size_t i = 0; i < picture.pixels.size(); i += 4) {
     picture.pixels[i] = b;
     picture.pixels[i + 1] = g;

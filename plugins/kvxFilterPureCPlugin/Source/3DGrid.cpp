@@ -1,10 +1,11 @@
-#include "3DGrid.h"
+#include "Source/3DGrid.h"
 
 #include <algorithm>
 
-#include "ByteOffsets.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/ByteOffsets.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "AspectOverlay.h"
+#include "Source/AspectOverlay.h"
 
-#include <utility>
+#include <string>
 
-#include "files.h"
-#include "material_path.h"
+#include "framework/material_path.h"
+#include "platform/files.h"
 
 namespace {
 
@@ -14,14 +14,11 @@ bool IsWide(int32_t width, int32_t height) {
 
 }  // namespace
 
-AspectOverlay::AspectOverlay(std::u16string wideFile, std::u16string narrowFile)
-    : wideFile_(std::move(wideFile)), narrowFile_(std::move(narrowFile)) {}
-
 const uint8_t* AspectOverlay::PictureFor(int32_t width, int32_t height) {
   const bool wide = IsWide(width, height);
   ImageHandle& decoded = wide ? wideImage_ : narrowImage_;
   if (!decoded) {
-    const std::u16string path = MergeImageDir() + (wide ? wideFile_ : narrowFile_);
+    const std::u16string path = MaterialPath(wide ? wideFile_ : narrowFile_);
     decoded.reset(QK_ImageCreate());
     // The handle stays: the file is not looked for again.
     if (!FileExists(path)) return nullptr;

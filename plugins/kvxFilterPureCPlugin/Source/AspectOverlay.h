@@ -4,24 +4,23 @@
 
 #include <cstdint>
 #include <cstring>
-#include <string>
 #include <type_traits>
 
-#include "frame.h"
-#include "image.h"
+#include "framework/frame.h"
+#include "platform/image.h"
 
 // One overlay in two files: one for frames of exactly 16:9, one for all others. Files are read on the first frame.
 class AspectOverlay {
  public:
-  AspectOverlay(std::u16string wideFile, std::u16string narrowFile);
+  AspectOverlay(const char* wideFile, const char* narrowFile) : wideFile_(wideFile), narrowFile_(narrowFile) {}
 
   // The picture at this size, rows packed. Null on the frame that finds its file missing: later frames get a
   // transparent picture, and so does every frame whose file holds no picture.
   const uint8_t* PictureFor(int32_t width, int32_t height);
 
  private:
-  std::u16string wideFile_;
-  std::u16string narrowFile_;
+  const char* wideFile_;  // static texts
+  const char* narrowFile_;
   ImageHandle wideImage_;
   ImageHandle narrowImage_;
   ImageHandle frameImage_;

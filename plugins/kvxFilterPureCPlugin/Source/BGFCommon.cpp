@@ -1,12 +1,13 @@
-#include "BGFCommon.h"
+#include "Source/BGFCommon.h"
 
 #include <algorithm>
 
-#include "BGFPatterns.h"
-#include "my_resize.h"
-#include "numeric.h"
-#include "parallel.h"
-#include "row_loops.h"
+#include "Source/BGFPatterns.h"
+#include "framework/my_resize.h"
+#include "framework/numeric.h"
+#include "framework/parallel.h"
+#include "framework/params.h"
+#include "framework/row_loops.h"
 
 namespace {
 
@@ -95,8 +96,8 @@ ConstFrameView Const(FrameView view) {
 
 }  // namespace
 
-BGFCommon::BGFCommon(int32_t width, int32_t height, const FillVariant& variant)
-    : CBaseFilterProc(width, height), variant_(variant) {
+BGFCommon::BGFCommon(int32_t frameWidth, int32_t frameHeight, const FillVariant& variant)
+    : CBaseFilterProc(frameWidth, frameHeight), variant_(variant) {
   if (width <= 0 || height <= 0) return;
   const size_t bytes = static_cast<size_t>(width) * static_cast<size_t>(height) * 4;
   boxBuffer_.resize(bytes);

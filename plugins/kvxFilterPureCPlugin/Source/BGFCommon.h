@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "frame.h"
+#include "framework/frame.h"
 #include "kvx/processor.h"
 
 // The box in the middle of the frame that becomes the background: inclusive limits, inside the frame.
@@ -37,7 +37,7 @@ struct FillVariant {
 
 class BGFCommon : public CBaseFilterProc {
  public:
-  BGFCommon(int32_t width, int32_t height, const FillVariant& variant);
+  BGFCommon(int32_t frameWidth, int32_t frameHeight, const FillVariant& variant);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 

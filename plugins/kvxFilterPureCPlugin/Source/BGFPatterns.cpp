@@ -1,4 +1,4 @@
-#include "BGFPatterns.h"
+#include "Source/BGFPatterns.h"
 
 #include <algorithm>
 #include <array>
@@ -9,11 +9,11 @@
 #include <mutex>
 #include <vector>
 
-#include "PerspectiveFilter.h"
-#include "StackBlur.h"
-#include "numeric.h"
-#include "parallel.h"
-#include "random.h"
+#include "Source/PerspectiveTiles.h"
+#include "Source/StackBlur.h"
+#include "framework/numeric.h"
+#include "framework/parallel.h"
+#include "framework/random.h"
 
 void FillBlur(FrameView image, int32_t radius) {
   if (radius >= 1) StackBlur(image, std::min(radius, kMaxStackRadius));

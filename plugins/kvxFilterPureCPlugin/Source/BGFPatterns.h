@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "BGFCommon.h"
+#include "Source/BGFCommon.h"
 
 // The stack blur at a radius of up to 254; below 1 nothing happens.
 void FillBlur(FrameView image, int32_t radius);

@@ -1,10 +1,11 @@
-#include "Balance.h"
+#include "Source/Balance.h"
 
 #include <cstring>
 #include <utility>
 
-#include "PixelMap.h"
-#include "numeric.h"
+#include "Source/PixelMap.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
-#include "Baltan.h"
+#include "Source/Baltan.h"
 
 #include <array>
 
-#include "PixelWords.h"
-#include "frame.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "framework/zeroed_array.h"
 #include "kvx/processor.h"
-#include "zeroed_array.h"
 
 class CBaltan : public CBaseFilterProc {
  public:

@@ -1,12 +1,13 @@
-#include "CartoonFilter.h"
+#include "Source/CartoonFilter.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
-#include "frame.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "CloudsFilter.h"
+#include "Source/CloudsFilter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,10 +6,11 @@
 #include <memory>
 #include <vector>
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
-#include "random.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/random.h"
 
 namespace {
 
@@ -118,8 +119,8 @@ void PaintClouds(const std::array<CCloudsFilter::Layer, 3>& layers, FrameView ds
 
 }  // namespace
 
-CCloudsFilter::CCloudsFilter(int32_t width, int32_t height)
-    : CBaseFilterProc(width, height), table_(CloudTable(false)) {}
+CCloudsFilter::CCloudsFilter(int32_t frameWidth, int32_t frameHeight)
+    : CBaseFilterProc(frameWidth, frameHeight), table_(CloudTable(false)) {}
 
 void CCloudsFilter::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(

@@ -5,12 +5,12 @@
 #include <array>
 #include <cstdint>
 
+#include "framework/zeroed_array.h"
 #include "kvx/processor.h"
-#include "zeroed_array.h"
 
 class CCloudsFilter : public CBaseFilterProc {
  public:
-  CCloudsFilter(int32_t width, int32_t height);
+  CCloudsFilter(int32_t frameWidth, int32_t frameHeight);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 

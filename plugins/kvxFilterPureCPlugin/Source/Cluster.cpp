@@ -1,4 +1,4 @@
-#include "Cluster.h"
+#include "Source/Cluster.h"
 
 #include <algorithm>
 #include <array>
@@ -6,10 +6,11 @@
 #include <cstring>
 #include <vector>
 
-#include "frame.h"
-#include "numeric.h"
-#include "random.h"
-#include "row_loops.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/random.h"
+#include "framework/row_loops.h"
 
 namespace {
 

@@ -1,10 +1,11 @@
-#include "ColorScale.h"
+#include "Source/ColorScale.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "PixelMap.h"
-#include "numeric.h"
+#include "Source/PixelMap.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

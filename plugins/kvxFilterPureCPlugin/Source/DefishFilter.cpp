@@ -1,8 +1,8 @@
-#include "DefishFilter.h"
+#include "Source/DefishFilter.h"
 
 #include <cmath>
 
-#include "host_log.h"
+#include "framework/host_log.h"
 
 // A common fisheye keeps areas: light at angle a from the axis falls 2 f sin(a / 2) from the middle of the picture,
 // where a straight lens of the same focal length f, which keeps lines, has it at r = f tan(a). So the pixel at r shows

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "LensMap.h"
+#include "Source/LensMap.h"
 #include "kvx/processor.h"
 
 // `focal` in millimetres of a lens for frames of 36 by 24 mm.

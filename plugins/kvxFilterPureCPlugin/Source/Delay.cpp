@@ -1,4 +1,4 @@
-#include "Delay.h"
+#include "Source/Delay.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,8 +7,9 @@
 #include <stdexcept>
 #include <utility>
 
-#include "frame.h"
-#include "zeroed_array.h"
+#include "framework/frame.h"
+#include "framework/params.h"
+#include "framework/zeroed_array.h"
 
 namespace {
 

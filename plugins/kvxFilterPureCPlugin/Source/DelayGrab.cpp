@@ -1,15 +1,16 @@
-#include "DelayGrab.h"
+#include "Source/DelayGrab.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
 
-#include "PixelWords.h"
-#include "clock.h"
-#include "frame.h"
-#include "numeric.h"
-#include "random.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/random.h"
+#include "platform/clock.h"
 
 namespace {
 
@@ -62,7 +63,7 @@ void CopyBlocks(const Frames& frames, const uint8_t* table, int32_t across, int3
 
 }  // namespace
 
-CDelayGrab::CDelayGrab(int32_t width, int32_t height) : CBaseFilterProc(width, height) {
+CDelayGrab::CDelayGrab(int32_t frameWidth, int32_t frameHeight) : CBaseFilterProc(frameWidth, frameHeight) {
   AllocateRing();
 }
 

@@ -1,4 +1,4 @@
-#include "DistortFilter.h"
+#include "Source/DistortFilter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,9 +6,10 @@
 #include <new>
 #include <vector>
 
-#include "frame.h"
-#include "host_log.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/host_log.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

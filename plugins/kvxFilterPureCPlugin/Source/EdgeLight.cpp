@@ -1,10 +1,10 @@
-#include "EdgeLight.h"
+#include "Source/EdgeLight.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
-#include "numeric.h"
+#include "framework/numeric.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "EdgeLight.cpp"

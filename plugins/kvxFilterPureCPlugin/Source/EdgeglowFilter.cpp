@@ -1,10 +1,11 @@
-#include "EdgeglowFilter.h"
+#include "Source/EdgeglowFilter.h"
 
 #include <vector>
 
-#include "EdgeLight.h"
-#include "frame.h"
-#include "row_loops.h"
+#include "Source/EdgeLight.h"
+#include "framework/frame.h"
+#include "framework/params.h"
+#include "framework/row_loops.h"
 
 namespace {
 

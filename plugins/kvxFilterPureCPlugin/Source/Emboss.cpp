@@ -1,10 +1,11 @@
-#include "Emboss.h"
+#include "Source/Emboss.h"
 
 #include <vector>
 
-#include "frame.h"
-#include "numeric.h"
-#include "row_loops.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/row_loops.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 // What emboss and carve share: the levels and their report.
 class ReliefProcessor : public CBaseFilterProc {
  public:
-  ReliefProcessor(int32_t width, int32_t height, int32_t low, int32_t high)
-      : CBaseFilterProc(width, height), low_(low), high_(high) {}
+  ReliefProcessor(int32_t frameWidth, int32_t frameHeight, int32_t low, int32_t high)
+      : CBaseFilterProc(frameWidth, frameHeight), low_(low), high_(high) {}
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
 
  protected:
@@ -23,13 +23,13 @@ class ReliefProcessor : public CBaseFilterProc {
 
 class CEmboss : public ReliefProcessor {
  public:
-  CEmboss(int32_t width, int32_t height) : ReliefProcessor(width, height, 0, 50) {}
+  CEmboss(int32_t frameWidth, int32_t frameHeight) : ReliefProcessor(frameWidth, frameHeight, 0, 50) {}
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 };
 
 class CCarve : public ReliefProcessor {
  public:
-  CCarve(int32_t width, int32_t height) : ReliefProcessor(width, height, 20, 50) {}
+  CCarve(int32_t frameWidth, int32_t frameHeight) : ReliefProcessor(frameWidth, frameHeight, 20, 50) {}
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 };
 

@@ -1,12 +1,12 @@
-#include "Equalize.h"
+#include "Source/Equalize.h"
 
 #include <memory>
 #include <opencv2/imgproc.hpp>
 
-#include "PixelMap.h"
-#include "frame_matrix.h"
-#include "numeric.h"
-#include "zeroed_array.h"
+#include "Source/PixelMap.h"
+#include "framework/frame_matrix.h"
+#include "framework/numeric.h"
+#include "framework/zeroed_array.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "FireFilter.h"
+#include "Source/FireFilter.h"
 
 #include <algorithm>
 #include <array>
@@ -6,10 +6,11 @@
 #include <cstring>
 #include <vector>
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
-#include "random.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/random.h"
 
 namespace {
 

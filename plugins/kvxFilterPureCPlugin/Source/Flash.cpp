@@ -1,11 +1,12 @@
-#include "Flash.h"
+#include "Source/Flash.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "ByteOffsets.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/ByteOffsets.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,8 +1,9 @@
-#include "FlippoFilter.h"
+#include "Source/FlippoFilter.h"
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,13 +1,14 @@
-#include "Glow.h"
+#include "Source/Glow.h"
 
 #include <algorithm>
 #include <new>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "frame_matrix.h"
-#include "numeric.h"
-#include "parallel.h"
+#include "framework/frame_matrix.h"
+#include "framework/numeric.h"
+#include "framework/parallel.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
-#include "GrungeRay.h"
+#include "Source/GrungeRay.h"
 
 #include <array>
 #include <memory>
 
-#include "frame.h"
+#include "Source/Overlays.h"
+#include "framework/frame.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ std::array<uint8_t, 256> MixTable(int32_t percent) {
 
 }  // namespace
 
-void CGrungeRay::SetUp(const std::u16string& fileName) {
+void CGrungeRay::SetUp(const char* fileName) {
   frameImage_.reset();
   materialFile_.Read(fileName);
 }
@@ -41,8 +42,8 @@ void CGrungeRay::Process(uint8_t*, uint8_t* dst, int32_t, int32_t dstStep, const
   }
 }
 
-CBaseFilterProc* MakeGrungeRay(int32_t, int32_t width, int32_t height) {
+CBaseFilterProc* MakeGrungeRay(const EffectRow& row, int32_t width, int32_t height) {
   auto filter = std::make_unique<CGrungeRay>(width, height);
-  filter->SetUp(u"GrungeRays.png");
+  filter->SetUp(row.materials[0]);
   return filter.release();
 }

@@ -3,18 +3,17 @@
 #define KVX_SOURCE_GRUNGE_RAY_H_
 
 #include <cstdint>
-#include <string>
 
-#include "MaterialFile.h"
-#include "image.h"
+#include "Source/MaterialFile.h"
 #include "kvx/processor.h"
+#include "platform/image.h"
 
 class CGrungeRay : public CBaseFilterProc {
  public:
   using CBaseFilterProc::CBaseFilterProc;
 
   // Takes the material of this name from the material directory. Without one frames stay unwritten.
-  void SetUp(const std::u16string& fileName);
+  void SetUp(const char* fileName);
 
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
@@ -23,7 +22,5 @@ class CGrungeRay : public CBaseFilterProc {
   MaterialFile materialFile_;
   ImageHandle frameImage_;
 };
-
-CBaseFilterProc* MakeGrungeRay(int32_t id, int32_t width, int32_t height);
 
 #endif  // KVX_SOURCE_GRUNGE_RAY_H_

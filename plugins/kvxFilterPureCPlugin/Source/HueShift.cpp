@@ -1,9 +1,10 @@
-#include "HueShift.h"
+#include "Source/HueShift.h"
 
 #include <cmath>
 
-#include "PixelMap.h"
-#include "numeric.h"
+#include "Source/PixelMap.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 
@@ -82,7 +83,8 @@ void Transform(ConstFrameView src, FrameView dst, const Matrix4& m) {
 
 }  // namespace
 
-CHueShift::CHueShift(int32_t width, int32_t height) : CBaseFilterProc(width, height), matrix_(HueRotation(0)) {}
+CHueShift::CHueShift(int32_t frameWidth, int32_t frameHeight)
+    : CBaseFilterProc(frameWidth, frameHeight), matrix_(HueRotation(0)) {}
 
 void CHueShift::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kParams, {kDefaultLevel * 100});

@@ -12,7 +12,7 @@ using Matrix4 = std::array<std::array<float, 4>, 4>;
 
 class CHueShift : public CBaseFilterProc {
  public:
-  CHueShift(int32_t width, int32_t height);
+  CHueShift(int32_t frameWidth, int32_t frameHeight);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 

@@ -1,12 +1,13 @@
-#include "IsingFilter.h"
+#include "Source/IsingFilter.h"
 
 #include <array>
 #include <atomic>
 #include <cstring>
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
-#include "LensCorrection.h"
+#include "Source/LensCorrection.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "frame.h"
+#include "framework/frame.h"
+#include "framework/params.h"
 
 namespace {
 

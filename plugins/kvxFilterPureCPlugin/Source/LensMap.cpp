@@ -1,11 +1,11 @@
-#include "LensMap.h"
+#include "Source/LensMap.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 
-#include "numeric.h"
+#include "framework/numeric.h"
 
 // The samplers are compiled once for each vector target; all give the same bytes.
 #undef HWY_TARGET_INCLUDE

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "frame.h"
-#include "zeroed_array.h"
+#include "framework/frame.h"
+#include "framework/zeroed_array.h"
 
 // In pixels; whole numbers are pixel centres.
 struct SourcePosition {

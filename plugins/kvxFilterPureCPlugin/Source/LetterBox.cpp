@@ -1,10 +1,11 @@
-#include "LetterBox.h"
+#include "Source/LetterBox.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "frame.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

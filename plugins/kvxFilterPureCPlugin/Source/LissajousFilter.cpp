@@ -1,11 +1,12 @@
-#include "LissajousFilter.h"
+#include "Source/LissajousFilter.h"
 
 #include <cmath>
 #include <numbers>
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "LumaLevels.h"
+#include "Source/LumaLevels.h"
 
 #include <array>
 
-#include "PixelMap.h"
-#include "numeric.h"
+#include "Source/PixelMap.h"
+#include "framework/numeric.h"
 
 namespace {
 

@@ -1,10 +1,11 @@
-#include "MaskmateFilter.h"
+#include "Source/MaskmateFilter.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "frame.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 
@@ -35,8 +36,8 @@ void RestoreOutside(ConstFrameView src, FrameView dst, int32_t left, int32_t rig
 
 }  // namespace
 
-CMaskmateFilter::CMaskmateFilter(int32_t width, int32_t height)
-    : CBaseFilterProc(width, height), squareBlur_(width, height) {}
+CMaskmateFilter::CMaskmateFilter(int32_t frameWidth, int32_t frameHeight)
+    : CBaseFilterProc(frameWidth, frameHeight), squareBlur_(width, height) {}
 
 void CMaskmateFilter::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kMaskmateParams, {left_ * 100, right_ * 100, top_ * 100, bottom_ * 100, blur_ * 100});

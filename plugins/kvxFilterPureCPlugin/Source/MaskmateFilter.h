@@ -4,12 +4,12 @@
 
 #include <cstdint>
 
-#include "SquareBlur.h"
+#include "Source/SquareBlur.h"
 #include "kvx/processor.h"
 
 class CMaskmateFilter : public CBaseFilterProc {
  public:
-  CMaskmateFilter(int32_t width, int32_t height);
+  CMaskmateFilter(int32_t frameWidth, int32_t frameHeight);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 

@@ -1,15 +1,16 @@
-#include "MaterialFile.h"
+#include "Source/MaterialFile.h"
 
 #include <new>
 #include <utility>
 
-#include "files.h"
-#include "material_path.h"
+#include "framework/material_path.h"
+#include "platform/files.h"
 
-void MaterialFile::Read(const std::u16string& fileName) {
+void MaterialFile::Read(const char* fileName) {
   bytes_ = std::string();
+  if (!fileName) return;
   try {
-    const std::u16string path = MergeImageDir() + fileName;
+    const std::u16string path = MaterialPath(fileName);
     if (FileExists(path)) bytes_ = ReadFile(path).value_or(std::string());
   } catch (const std::bad_alloc&) {  // as good as no file
   }

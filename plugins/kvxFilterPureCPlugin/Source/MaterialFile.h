@@ -5,14 +5,14 @@
 #include <cstdint>
 #include <string>
 
-#include "image.h"
+#include "platform/image.h"
 
 // A host makes processors by the dozen only to ask what they are. So the file is read when the processor is set up and
 // stays what it was then, and decoded when the first frame wants it.
 class MaterialFile {
  public:
-  // The file of this name in the material directory; nothing if there is none.
-  void Read(const std::u16string& fileName);
+  // The file of this name in the material directory; nothing if there is none, or for null.
+  void Read(const char* fileName);
 
   // The picture, stretched to this size. Null if the file holds none, or after the first call: the bytes are let go.
   ImageHandle TakePicture(int32_t width, int32_t height);

@@ -1,4 +1,4 @@
-#include "MergeFilter.h"
+#include "Source/MergeFilter.h"
 
 #include <algorithm>
 #include <cstring>
@@ -6,65 +6,25 @@
 #include <memory>
 #include <opencv2/core.hpp>
 
-#include "frame.h"
-#include "numeric.h"
+#include "Source/Overlays.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 
 struct MergeRow {
   int32_t id;
-  const char16_t* fileName;
   uint32_t code;
 };
 
 constexpr MergeRow kMergeRows[] = {
-    {193, u"", 2049},
-    {194, u"MergeImage.png", 2050},
-    {196, u"AncientCanvas.jpg", 2052},
-    {197, u"Filter1.jpg", 2053},
-    {198, u"OldPaper.jpg", 2054},
-    {199, u"Vignette1.jpg", 2055},
-    {200, u"Vignette2.jpg", 2056},
-    {201, u"Vignette3.jpg", 2057},
-    {202, u"Vignette4.jpg", 2058},
-    {203, u"Vignette5.jpg", 2059},
-    {204, u"Vignette6.jpg", 2060},
-    {205, u"WaterDrop3.jpg", 2061},
-    {207, u"OldTV.jpg", 2063},
-    {208, u"StencilPosterRed.jpg", 2064},
-    {209, u"StencilPosterGreen.jpg", 2065},
-    {210, u"StencilPosterBlue.jpg", 2066},
-    {216, u"HardLight.jpg", 2072},
-    {217, u"color_explosion.png", 2073},
-    {221, u"pf_bubble4.png", 2077},
-    {225, u"Overlay.jpg", 2081},
-    {241, u"LinearDodge.jpg", 2097},
-    {242, u"pf_shine2.png", 2098},
-    {243, u"pf_raindrop.png", 2099},
-    {251, u"MergeLight.jpg", 2107},
-    {254, u"Dark.jpg", 2110},
-    {280, u"VignetteWhite.jpg", 2136},
-    {294, u"Screen.jpg", 2150},
-    {313, u"SoftLight.jpg", 2169},
-    {321, u"MergeLinear.jpg", 2177},
-    {330, u"burntpaper.png", 2186},
-    {332, u"LinearBurn.jpg", 2188},
-    {335, u"LinearLight.jpg", 2191},
-    {338, u"ColorTuneCircle00.png", 2193},
-    {339, u"ColorTuneCircle00.png", 2194},
-    {340, u"ColorTuneCircle01.png", 2195},
-    {341, u"ColorTuneCircle01.png", 2196},
-    {342, u"ColorTuneCircle01.png", 2197},
-    {343, u"dark.png", 2198},
-    {344, u"sketch_black.png", 2199},
-    {345, u"sketch_black.png", 2200},
-    {346, u"pc_focusColor.png", 2201},
-    {347, u"radial3.png", 2202},
-    {348, u"oldtime.png", 2203},
-    {349, u"sketch.png", 2204},
-    {350, u"sketch.png", 2205},
+    {193, 2049}, {194, 2050}, {196, 2052}, {197, 2053}, {198, 2054}, {199, 2055}, {200, 2056}, {201, 2057}, {202, 2058},
+    {203, 2059}, {204, 2060}, {205, 2061}, {207, 2063}, {208, 2064}, {209, 2065}, {210, 2066}, {216, 2072}, {217, 2073},
+    {221, 2077}, {225, 2081}, {241, 2097}, {242, 2098}, {243, 2099}, {251, 2107}, {254, 2110}, {280, 2136}, {294, 2150},
+    {313, 2169}, {321, 2177}, {330, 2186}, {332, 2188}, {335, 2191}, {338, 2193}, {339, 2194}, {340, 2195}, {341, 2196},
+    {342, 2197}, {343, 2198}, {344, 2199}, {345, 2200}, {346, 2201}, {347, 2202}, {348, 2203}, {349, 2204}, {350, 2205},
 };
-static_assert(std::size(kMergeRows) == 45);
 
 constexpr ParamRow kPercentParams[] = {{u"Percent", 0, 0, 100}};
 constexpr ParamRow kColorParams[] = {{u"Red", 0, 0, 255}, {u"Green", 0, 0, 255}, {u"Blue", 0, 0, 255}};
@@ -86,7 +46,7 @@ CMergeFilter::~CMergeFilter() {
   EngineFree(engine_);
 }
 
-void CMergeFilter::SetUp(uint32_t code, const std::u16string& fileName) {
+void CMergeFilter::SetUp(uint32_t code, const char* fileName) {
   material_.reset();
   EngineFree(engine_);
   engine_ = nullptr;
@@ -159,11 +119,11 @@ void CMergeFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
   if (EngineRunFrom(engine_, from, frame, material_ ? &second : nullptr) != kEngineDone && spared) copy();
 }
 
-CBaseFilterProc* MakeMergeFilter(int32_t id, int32_t width, int32_t height) {
+CBaseFilterProc* MakeMergeFilter(const EffectRow& effect, int32_t width, int32_t height) {
   const auto* row =
-      std::find_if(std::begin(kMergeRows), std::end(kMergeRows), [id](const MergeRow& r) { return r.id == id; });
+      std::find_if(std::begin(kMergeRows), std::end(kMergeRows), [&](const MergeRow& r) { return r.id == effect.id; });
   if (row == std::end(kMergeRows)) return nullptr;
   auto filter = std::make_unique<CMergeFilter>(width, height);
-  filter->SetUp(row->code, row->fileName);
+  filter->SetUp(row->code, effect.materials[0]);
   return filter.release();
 }

@@ -3,12 +3,11 @@
 #define KVX_SOURCE_MERGE_FILTER_H_
 
 #include <cstdint>
-#include <string>
 
-#include "MaterialFile.h"
-#include "engine.h"
-#include "image.h"
+#include "Source/MaterialFile.h"
+#include "engine/engine.h"
 #include "kvx/processor.h"
+#include "platform/image.h"
 
 class CMergeFilter : public CBaseFilterProc {
  public:
@@ -17,7 +16,7 @@ class CMergeFilter : public CBaseFilterProc {
 
   // Takes the engine code and the material of this name from the material directory. Without a material (no name, no
   // such file, no picture in it) frames show the source, except for the code that needs none.
-  void SetUp(uint32_t code, const std::u16string& fileName);
+  void SetUp(uint32_t code, const char* fileName);
 
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
@@ -30,8 +29,5 @@ class CMergeFilter : public CBaseFilterProc {
   MaterialFile materialFile_;
   ImageHandle material_;  // at the frame's size, last row first; null without material
 };
-
-// The merge effect with this id; null for an id that has none.
-CBaseFilterProc* MakeMergeFilter(int32_t id, int32_t width, int32_t height);
 
 #endif  // KVX_SOURCE_MERGE_FILTER_H_

@@ -1,10 +1,11 @@
-#include "MergeFilterWithLight.h"
+#include "Source/MergeFilterWithLight.h"
 
 #include <array>
 #include <mutex>
 
-#include "frame.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 
@@ -74,8 +75,8 @@ void MapColors(ConstFrameView src, FrameView dst, const ByteTable& table) {
 
 }  // namespace
 
-CMergeFilterWithLight::CMergeFilterWithLight(int32_t width, int32_t height, LightMode mode)
-    : CBaseFilterProc(width, height), mode_(mode), levelMin_(kNoLevel), levelMax_(kNoLevel) {}
+CMergeFilterWithLight::CMergeFilterWithLight(int32_t frameWidth, int32_t frameHeight, LightMode mode)
+    : CBaseFilterProc(frameWidth, frameHeight), mode_(mode), levelMin_(kNoLevel), levelMax_(kNoLevel) {}
 
 void CMergeFilterWithLight::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   if (mode_ == LightMode::kAdaptive) DescribeParam(desc, index, kAdaptiveParams, {35, 230, 50});
@@ -102,8 +103,8 @@ void CMergeFilterWithLight::Process(uint8_t* src, uint8_t* dst, int32_t srcStep,
   MapColors(in, out, both);
 }
 
-CBaseFilterProc* MakeMergeFilterWithLight(int32_t id, int32_t width, int32_t height) {
-  const int32_t mode = id - kFirstId;
+CBaseFilterProc* MakeMergeFilterWithLight(const EffectRow& row, int32_t width, int32_t height) {
+  const int32_t mode = row.id - kFirstId;
   if (mode < 0 || mode > static_cast<int32_t>(LightMode::kAdaptive)) return nullptr;
   return new CMergeFilterWithLight(width, height, static_cast<LightMode>(mode));
 }

@@ -4,13 +4,13 @@
 
 #include <cstdint>
 
-#include "kvx/processor.h"
+#include "framework/effect_row.h"
 
 enum class LightMode { kBlue, kGreen, kRed, kAdaptive };
 
 class CMergeFilterWithLight : public CBaseFilterProc {
  public:
-  CMergeFilterWithLight(int32_t width, int32_t height, LightMode mode);
+  CMergeFilterWithLight(int32_t frameWidth, int32_t frameHeight, LightMode mode);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
@@ -20,7 +20,7 @@ class CMergeFilterWithLight : public CBaseFilterProc {
   int32_t levelMax_;
 };
 
-// The light effect with this id; null for an id that has none.
-CBaseFilterProc* MakeMergeFilterWithLight(int32_t id, int32_t width, int32_t height);
+// The light effects differ by mode, and the modes stand in the order of their ids.
+CBaseFilterProc* MakeMergeFilterWithLight(const EffectRow& row, int32_t width, int32_t height);
 
 #endif  // KVX_SOURCE_MERGE_FILTER_WITH_LIGHT_H_

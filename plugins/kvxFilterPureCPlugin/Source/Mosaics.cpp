@@ -1,10 +1,11 @@
-#include "Mosaics.h"
+#include "Source/Mosaics.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "frame.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,17 +1,18 @@
-#include "Nervous.h"
+#include "Source/Nervous.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "frame.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 constexpr ParamRow kParams[] = {{u"Mode", 1, 0, 1}};
 constexpr int32_t kFrames = 32;
 }  // namespace
 
-CNervous::CNervous(int32_t width, int32_t height) : CBaseFilterProc(width, height) {
+CNervous::CNervous(int32_t frameWidth, int32_t frameHeight) : CBaseFilterProc(frameWidth, frameHeight) {
   Reset();
 }
 

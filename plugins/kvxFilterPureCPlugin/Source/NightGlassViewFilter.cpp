@@ -1,4 +1,6 @@
-#include "NightGlassViewFilter.h"
+#include "Source/NightGlassViewFilter.h"
+
+#include "Source/Overlays.h"
 
 // The caller's source comes back green: meant.
 void CNightGlassViewFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep,
@@ -10,4 +12,8 @@ void CNightGlassViewFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep,
     const uint32_t gray = ThirdOf(pixel);
     return (pixel & 0xFF000000) | gray / 3 * 0x010001 | gray << 8;
   });
+}
+
+CBaseFilterProc* MakeNightGlassView(const EffectRow& row, int32_t width, int32_t height) {
+  return new CNightGlassViewFilter(row, width, height);
 }

@@ -4,16 +4,17 @@
 
 #include <cstdint>
 
-#include "AspectOverlay.h"
-#include "kvx/processor.h"
+#include "Source/AspectOverlay.h"
+#include "framework/effect_row.h"
 
 class CNightGlassViewFilter : public CBaseFilterProc {
  public:
-  using CBaseFilterProc::CBaseFilterProc;
+  CNightGlassViewFilter(const EffectRow& row, int32_t frameWidth, int32_t frameHeight)
+      : CBaseFilterProc(frameWidth, frameHeight), overlay_(row.materials[0], row.materials[1]) {}
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
  private:
-  AspectOverlay overlay_{u"NightGlassView16_9.png", u"NightGlassView4_3.png"};
+  AspectOverlay overlay_;
 };
 
 #endif  // KVX_SOURCE_NIGHT_GLASS_VIEW_FILTER_H_

@@ -1,11 +1,12 @@
-#include "NosyncFilter.h"
+#include "Source/NosyncFilter.h"
 
 #include <algorithm>
 #include <vector>
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "OrnerFilter.h"
+#include "Source/OrnerFilter.h"
 
-#include "host_log.h"
+#include "framework/host_log.h"
 
 #include <algorithm>
 #include <cmath>

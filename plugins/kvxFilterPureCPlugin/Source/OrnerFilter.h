@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-#include "LensMap.h"
+#include "Source/LensMap.h"
 #include "kvx/processor.h"
 
 // x and y of the top left, top right, bottom left and bottom right corner, where 1/3 is the left or top of the frame

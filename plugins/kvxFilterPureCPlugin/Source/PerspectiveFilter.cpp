@@ -1,12 +1,12 @@
-#include "PerspectiveFilter.h"
+#include "Source/PerspectiveFilter.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <vector>
 
-#include "host_log.h"
+#include "framework/host_log.h"
+#include "framework/params.h"
 
 namespace {
 
@@ -76,13 +76,5 @@ void CPerspectiveFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, in
             {c[2], c[3]}, {c[4], c[5]}, {c[6], c[7]});
   } catch (const std::bad_alloc&) {
     KVX_LOG_ALLOCATION_FAILURE("PerspectiveFilter");
-  }
-}
-
-void parallelPerspectInvoker::operator()(const cv::Range& rows) const {
-  for (int32_t i = rows.start; i < rows.end; ++i) {
-    const uint8_t* in = src_.Row(src_.height - 1 - std::abs(2 * i) % src_.height);
-    uint8_t* out = dst_.Row(i);
-    for (int32_t j = 0; j < dst_.width; ++j, out += 4) std::memcpy(out, in + 4 * (2 * j % src_.width), 3);
   }
 }

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "frame.h"
-#include "pixel_kernels.h"
+#include "framework/frame.h"
+#include "framework/pixel_kernels.h"
 
 // Every pixel through `pixelOf`, which takes and gives 0xAARRGGBB: byte 0 in the low bits, byte 3 in the high ones.
 template <typename PixelOf>

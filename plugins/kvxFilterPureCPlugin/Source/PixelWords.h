@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "frame.h"
+#include "framework/frame.h"
 
 inline constexpr uint32_t kOpaqueBlack = 0xFF000000;
 

@@ -1,12 +1,12 @@
-#include "PlasmaFilter.h"
+#include "Source/PlasmaFilter.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <vector>
 
-#include "PixelWords.h"
-#include "frame.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
 
 namespace {
 

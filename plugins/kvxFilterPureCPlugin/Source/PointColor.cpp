@@ -1,11 +1,12 @@
-#include "PointColor.h"
+#include "Source/PointColor.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 
-#include "PixelMap.h"
-#include "numeric.h"
+#include "Source/PixelMap.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

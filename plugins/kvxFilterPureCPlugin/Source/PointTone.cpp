@@ -1,10 +1,11 @@
-#include "PointTone.h"
+#include "Source/PointTone.h"
 
 #include <cstring>
 
-#include "frame.h"
-#include "numeric.h"
-#include "pixel_kernels.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/pixel_kernels.h"
 
 namespace {
 

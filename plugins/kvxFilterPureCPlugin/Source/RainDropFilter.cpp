@@ -1,12 +1,13 @@
-#include "RainDropFilter.h"
+#include "Source/RainDropFilter.h"
 
 #include <algorithm>
 #include <atomic>
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "host_log.h"
-#include "numeric.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/host_log.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,11 +1,12 @@
-#include "Ribbon.h"
+#include "Source/Ribbon.h"
 
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
-#include "PixelWords.h"
-#include "frame.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,12 +1,13 @@
-#include "Scatter.h"
+#include "Source/Scatter.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "clock.h"
-#include "frame.h"
-#include "numeric.h"
-#include "random.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/random.h"
+#include "platform/clock.h"
 
 namespace {
 

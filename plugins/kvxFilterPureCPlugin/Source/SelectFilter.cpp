@@ -1,8 +1,8 @@
-#include "SelectFilter.h"
+#include "Source/SelectFilter.h"
 
 #include <algorithm>
 
-#include "PixelMap.h"
+#include "Source/PixelMap.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
-#include "Sharpen.h"
+#include "Source/Sharpen.h"
 
 #include <cmath>
 
-#include "frame.h"
-#include "row_loops.h"
+#include "framework/frame.h"
+#include "framework/params.h"
+#include "framework/row_loops.h"
 
 namespace {
 

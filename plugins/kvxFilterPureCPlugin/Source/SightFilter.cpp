@@ -1,4 +1,6 @@
-#include "SightFilter.h"
+#include "Source/SightFilter.h"
+
+#include "Source/Overlays.h"
 
 // The caller's source comes back grey: meant.
 void CSightFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray*) {
@@ -7,4 +9,8 @@ void CSightFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
   if (!picture) return;
   DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, 1.0f,
               [](uint32_t pixel) { return (pixel & 0xFF000000) | ThirdOf(pixel) * 0x010101; });
+}
+
+CBaseFilterProc* MakeSight(const EffectRow& row, int32_t width, int32_t height) {
+  return new CSightFilter(row, width, height);
 }

@@ -4,16 +4,17 @@
 
 #include <cstdint>
 
-#include "AspectOverlay.h"
-#include "kvx/processor.h"
+#include "Source/AspectOverlay.h"
+#include "framework/effect_row.h"
 
 class CSightFilter : public CBaseFilterProc {
  public:
-  using CBaseFilterProc::CBaseFilterProc;
+  CSightFilter(const EffectRow& row, int32_t frameWidth, int32_t frameHeight)
+      : CBaseFilterProc(frameWidth, frameHeight), overlay_(row.materials[0], row.materials[1]) {}
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
  private:
-  AspectOverlay overlay_{u"Sight16_9.png", u"Sight4_3.png"};
+  AspectOverlay overlay_;
 };
 
 #endif  // KVX_SOURCE_SIGHT_FILTER_H_

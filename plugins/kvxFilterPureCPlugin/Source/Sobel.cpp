@@ -1,9 +1,9 @@
-#include "Sobel.h"
+#include "Source/Sobel.h"
 
 #include <cstring>
 
-#include "frame.h"
-#include "row_loops.h"
+#include "framework/frame.h"
+#include "framework/row_loops.h"
 
 namespace {
 

@@ -1,12 +1,13 @@
-#include "SplitFilter.h"
+#include "Source/SplitFilter.h"
 
 #include <algorithm>
 #include <array>
 #include <mutex>
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

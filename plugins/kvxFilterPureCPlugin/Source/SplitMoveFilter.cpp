@@ -1,7 +1,7 @@
-#include "SplitMoveFilter.h"
+#include "Source/SplitMoveFilter.h"
 
-#include "PixelWords.h"
-#include "frame.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
 
 namespace {
 

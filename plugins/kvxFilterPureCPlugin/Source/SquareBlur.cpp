@@ -1,11 +1,12 @@
-#include "SquareBlur.h"
+#include "Source/SquareBlur.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "StackBlur.h"
-#include "frame.h"
-#include "zeroed_array.h"
+#include "Source/StackBlur.h"
+#include "framework/frame.h"
+#include "framework/params.h"
+#include "framework/zeroed_array.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "StackBlur.h"
+#include "Source/StackBlur.h"
 
 #include <algorithm>
 #include <array>
@@ -6,8 +6,8 @@
 #include <cstring>
 #include <vector>
 
-#include "numeric.h"
-#include "transpose.h"
+#include "framework/numeric.h"
+#include "framework/transpose.h"
 
 // All of this file is compiled once for each vector target. Its loops are plain, so that all targets give the same
 // bytes, in vectors of whatever the machine has.

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "frame.h"
+#include "framework/frame.h"
 
 constexpr int32_t kMaxStackRadius = 254;
 

@@ -1,10 +1,11 @@
-#include "TVWallFilter.h"
+#include "Source/TVWallFilter.h"
 
 #include <opencv2/imgproc.hpp>
 
-#include "TileRows.h"
-#include "frame_matrix.h"
-#include "numeric.h"
+#include "Source/TileRows.h"
+#include "framework/frame_matrix.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 constexpr ParamRow kParams[] = {{u"SpliteSize", 0, 2, 8}};

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
+#include "framework/zeroed_array.h"
 #include "kvx/processor.h"
-#include "zeroed_array.h"
 
 class CTVWallFilter : public CBaseFilterProc {
  public:

@@ -1,9 +1,9 @@
-#include "TehRoxxFilter.h"
+#include "Source/TehRoxxFilter.h"
 
-#include "TileRows.h"
-#include "frame.h"
-#include "numeric.h"
-#include "zeroed_array.h"
+#include "Source/TileRows.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/zeroed_array.h"
 
 namespace {
 

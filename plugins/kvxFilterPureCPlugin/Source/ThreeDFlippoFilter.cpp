@@ -1,13 +1,14 @@
-#include "ThreeDFlippoFilter.h"
+#include "Source/ThreeDFlippoFilter.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
-#include "frame.h"
-#include "host_log.h"
-#include "numeric.h"
-#include "random.h"
+#include "framework/frame.h"
+#include "framework/host_log.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/random.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdint>
 
+#include "framework/zeroed_array.h"
 #include "kvx/processor.h"
-#include "zeroed_array.h"
 
 class C3DFlippoFilter : public CBaseFilterProc {
  public:

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "PixelWords.h"
-#include "frame.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
 
 // A whole tile with its top left pixel at (x, y).
 inline void PlaceTile(ConstFrameView tile, FrameView dst, int32_t x, int32_t y) {

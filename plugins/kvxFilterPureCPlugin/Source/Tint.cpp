@@ -1,8 +1,10 @@
-#include "Tint.h"
+#include "Source/Tint.h"
 
 #include <array>
 
-#include "PixelMap.h"
+#include "Source/PixelMap.h"
+
+#include "framework/params.h"
 
 namespace {
 

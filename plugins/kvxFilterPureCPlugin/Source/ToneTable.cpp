@@ -1,10 +1,11 @@
-#include "ToneTable.h"
+#include "Source/ToneTable.h"
 
 #include <cmath>
 
-#include "frame.h"
-#include "numeric.h"
-#include "pixel_kernels.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
+#include "framework/pixel_kernels.h"
 
 // How an effect file reads, here and everywhere: parameter rows as data; kernels as free functions over views and plain
 // numbers; then the class, whose Process turns parameters into numbers and calls the kernels.
@@ -74,8 +75,8 @@ void MapTone(ConstFrameView src, FrameView dst, const ToneTable& table) {
 
 }  // namespace
 
-CBrightness::CBrightness(int32_t width, int32_t height)
-    : CBaseFilterProc(width, height), table_(BrightnessTable(level_)) {}
+CBrightness::CBrightness(int32_t frameWidth, int32_t frameHeight)
+    : CBaseFilterProc(frameWidth, frameHeight), table_(BrightnessTable(level_)) {}
 
 void CBrightness::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kBrightnessParams, {PercentOf(level_)});
@@ -87,7 +88,8 @@ void CBrightness::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const Pa
   MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
 }
 
-CContrast::CContrast(int32_t width, int32_t height) : CBaseFilterProc(width, height), table_(ContrastTable(level_)) {}
+CContrast::CContrast(int32_t frameWidth, int32_t frameHeight)
+    : CBaseFilterProc(frameWidth, frameHeight), table_(ContrastTable(level_)) {}
 
 void CContrast::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kContrastParams, {PercentOf(level_)});
@@ -99,7 +101,8 @@ void CContrast::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const Para
   MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
 }
 
-CGamma::CGamma(int32_t width, int32_t height) : CBaseFilterProc(width, height), table_(GammaTable(gamma_)) {}
+CGamma::CGamma(int32_t frameWidth, int32_t frameHeight)
+    : CBaseFilterProc(frameWidth, frameHeight), table_(GammaTable(gamma_)) {}
 
 // Reports the field as it is: 50 before the first frame, the divided value after it.
 void CGamma::GetParamDesc(FilterParamDesc* desc, int32_t index) {
@@ -112,8 +115,8 @@ void CGamma::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamVa
   MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
 }
 
-CThresHold::CThresHold(int32_t width, int32_t height)
-    : CBaseFilterProc(width, height), table_(ThresHoldTable(threshold_)) {}
+CThresHold::CThresHold(int32_t frameWidth, int32_t frameHeight)
+    : CBaseFilterProc(frameWidth, frameHeight), table_(ThresHoldTable(threshold_)) {}
 
 void CThresHold::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kThresHoldParams, {static_cast<double>(threshold_)});

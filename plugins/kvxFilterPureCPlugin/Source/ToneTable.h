@@ -11,7 +11,7 @@ using ToneTable = std::array<uint8_t, 256>;
 
 class CBrightness : public CBaseFilterProc {
  public:
-  CBrightness(int32_t width, int32_t height);
+  CBrightness(int32_t frameWidth, int32_t frameHeight);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
@@ -22,7 +22,7 @@ class CBrightness : public CBaseFilterProc {
 
 class CContrast : public CBaseFilterProc {
  public:
-  CContrast(int32_t width, int32_t height);
+  CContrast(int32_t frameWidth, int32_t frameHeight);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
@@ -33,7 +33,7 @@ class CContrast : public CBaseFilterProc {
 
 class CGamma : public CBaseFilterProc {
  public:
-  CGamma(int32_t width, int32_t height);
+  CGamma(int32_t frameWidth, int32_t frameHeight);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
@@ -44,7 +44,7 @@ class CGamma : public CBaseFilterProc {
 
 class CThresHold : public CBaseFilterProc {
  public:
-  CThresHold(int32_t width, int32_t height);
+  CThresHold(int32_t frameWidth, int32_t frameHeight);
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 

@@ -1,12 +1,12 @@
-#include "TwoSplitFadeInFilter.h"
+#include "Source/TwoSplitFadeInFilter.h"
 
 #include <algorithm>
 #include <array>
 
-#include "ByteOffsets.h"
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/ByteOffsets.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
 
 namespace {
 

@@ -1,12 +1,13 @@
-#include "VertigoFilter.h"
+#include "Source/VertigoFilter.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "PixelWords.h"
-#include "frame.h"
-#include "numeric.h"
+#include "Source/PixelWords.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "WaterSufferFilter.h"
+#include "Source/WaterSufferFilter.h"
 
 #include <cstring>
 
-#include "frame.h"
-#include "host_log.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/host_log.h"
+#include "framework/numeric.h"
 
 namespace {
 
@@ -18,8 +18,8 @@ int32_t CourseAt(int32_t phase, int32_t fast, int32_t slow, int32_t size) {
 
 }  // namespace
 
-CWaterSuffer::CWaterSuffer(int32_t width, int32_t height)
-    : CBaseFilterProc(width, height),
+CWaterSuffer::CWaterSuffer(int32_t frameWidth, int32_t frameHeight)
+    : CBaseFilterProc(frameWidth, frameHeight),
       phaseX_(static_cast<int32_t>(random_.Next() & 0x7FF)),
       phaseY_(static_cast<int32_t>(random_.Next() & 0x7FF)),
       surface_(width, height) {}
@@ -62,14 +62,14 @@ void CWaterSuffer::Drive() {
 }
 
 // A raised cosine: all of the height at the centre, nothing at the rim.
-void CWaterSuffer::SineDrop(int32_t x, int32_t y, int32_t r, int32_t height) {
+void CWaterSuffer::SineDrop(int32_t x, int32_t y, int32_t r, int32_t amount) {
   if (x < 0) x = WrapAdd(r + 1, random_.Below(width - 2 * r - 1));
-  if (y < 0) y = WrapAdd(r + 1, random_.Below(this->height - 2 * r - 1));
+  if (y < 0) y = WrapAdd(r + 1, random_.Below(height - 2 * r - 1));
   const float q = static_cast<float>((1024.0 / r) * (1024.0 / r));
   const int32_t shift = width <= 1024 ? 19 : 17;
   const auto& cosine = WaterTables::Get().cosineTable;
   surface_.AddDrop(x, y, r, [&](uint32_t distance) {
     const uint32_t angle = ISqrt(static_cast<uint32_t>(static_cast<float>(distance) * q)) & 0x7FF;
-    return ((cosine[angle] + 65535) * height) >> shift;
+    return ((cosine[angle] + 65535) * amount) >> shift;
   });
 }

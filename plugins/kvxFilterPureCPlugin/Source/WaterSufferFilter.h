@@ -4,12 +4,12 @@
 
 #include <cstdint>
 
-#include "WaterSurface.h"
+#include "Source/WaterSurface.h"
 #include "kvx/processor.h"
 
 class CWaterSuffer : public CBaseFilterProc {
  public:
-  CWaterSuffer(int32_t width, int32_t height);
+  CWaterSuffer(int32_t frameWidth, int32_t frameHeight);
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
  protected:
@@ -18,7 +18,7 @@ class CWaterSuffer : public CBaseFilterProc {
 
  private:
   void Drive();
-  void SineDrop(int32_t x, int32_t y, int32_t r, int32_t height);
+  void SineDrop(int32_t x, int32_t y, int32_t r, int32_t amount);
 
   int32_t damping_ = 4;
   WaterRandom random_;

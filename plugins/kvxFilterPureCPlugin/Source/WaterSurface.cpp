@@ -1,4 +1,4 @@
-#include "WaterSurface.h"
+#include "Source/WaterSurface.h"
 
 #include <cmath>
 #include <cstring>

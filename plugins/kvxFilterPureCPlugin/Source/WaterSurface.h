@@ -7,9 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame.h"
-#include "numeric.h"
-#include "zeroed_array.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/zeroed_array.h"
 
 // The whole part of the square root.
 uint32_t ISqrt(uint32_t v);
@@ -43,7 +43,7 @@ struct WaterRefraction {
 
 class WaterSurface {
  public:
-  WaterSurface(int32_t width, int32_t height);
+  WaterSurface(int32_t frameWidth, int32_t frameHeight);
 
   size_t Cells() const { return static_cast<size_t>(width_) * static_cast<size_t>(height_); }
 

@@ -1,10 +1,11 @@
-#include "WaterSwirlFilter.h"
+#include "Source/WaterSwirlFilter.h"
 
 #include <cstring>
 
-#include "frame.h"
-#include "host_log.h"
-#include "numeric.h"
+#include "framework/frame.h"
+#include "framework/host_log.h"
+#include "framework/numeric.h"
+#include "framework/params.h"
 
 namespace {
 

@@ -4,12 +4,13 @@
 
 #include <cstdint>
 
-#include "WaterSurface.h"
+#include "Source/WaterSurface.h"
 #include "kvx/processor.h"
 
 class CWaterSwirl : public CBaseFilterProc {
  public:
-  CWaterSwirl(int32_t width, int32_t height) : CBaseFilterProc(width, height), surface_(width, height) {}
+  CWaterSwirl(int32_t frameWidth, int32_t frameHeight)
+      : CBaseFilterProc(frameWidth, frameHeight), surface_(width, height) {}
   void GetParamDesc(FilterParamDesc* desc, int32_t index) override;
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 

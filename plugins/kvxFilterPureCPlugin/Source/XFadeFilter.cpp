@@ -1,7 +1,8 @@
-#include "XFadeFilter.h"
+#include "Source/XFadeFilter.h"
 
-#include "frame.h"
-#include "zeroed_array.h"
+#include "framework/frame.h"
+#include "framework/params.h"
+#include "framework/zeroed_array.h"
 
 namespace {
 constexpr int32_t kEffectId = 56;

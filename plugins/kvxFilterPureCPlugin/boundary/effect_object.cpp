@@ -1,10 +1,10 @@
-#include "effect_object.h"
+#include "boundary/effect_object.h"
 
 #include <new>
 #include <optional>
 #include <utility>
 
-#include "memory_probe.h"
+#include "platform/memory_probe.h"
 
 namespace vizcore {
 

@@ -4,9 +4,9 @@
 
 #include <memory>
 
-#include "filter_info.h"
+#include "catalogue/description/filter_info.h"
 #include "kvx/host.h"
-#include "pure_c_filter.h"
+#include "runtime/pure_c_filter.h"
 
 namespace vizcore {
 

@@ -6,15 +6,15 @@
 #include <utility>
 #include <vector>
 
-#include "catalogue_loader.h"
-#include "effect_object.h"
-#include "filter_probe.h"
-#include "host_log.h"
-#include "json_text.h"
-#include "register_effect.h"
-#include "registry.h"
-#include "suite_store.h"
+#include "boundary/effect_object.h"
+#include "boundary/filter_probe.h"
+#include "boundary/register_effect.h"
+#include "boundary/registry.h"
+#include "boundary/suite_store.h"
+#include "catalogue/catalogue_loader.h"
+#include "framework/host_log.h"
 
+using vizcore::NLEFilterInfo;
 using vizcore::PureCFilter;
 using vizcore::SuiteStore;
 
@@ -42,9 +42,7 @@ int32_t RegisterByIndex(int32_t index, HostEffectRegistrar* registrar) {
 int32_t RegisterFromDirectory(const char* path, HostEffectRegistrar* registrar) {
   PureCFilter::GetInstance();
   HostUtilSuite* host = SuiteStore::Get().hostUtil;
-  std::vector<std::shared_ptr<NLEFilterInfo>> infos;
-  vizcore::JsonTree array;
-  vizcore::ScanFilterDirectory(host, path, infos, array.value, false, false);
+  const std::vector<std::shared_ptr<NLEFilterInfo>> infos = vizcore::ScanFilterDirectory(host, path);
   if (infos.empty()) {
     Log(host, kHostLogError, "Register PureCFilter Failed: %s", path);
     return kStatusBadArgument;

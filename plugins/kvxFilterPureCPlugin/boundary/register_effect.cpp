@@ -1,10 +1,10 @@
-#include "register_effect.h"
+#include "boundary/register_effect.h"
 
 #include <string>
 
-#include "host_log.h"
-#include "registry.h"
-#include "suite_store.h"
+#include "boundary/registry.h"
+#include "boundary/suite_store.h"
+#include "framework/host_log.h"
 
 namespace vizcore {
 

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "filter_info.h"
+#include "catalogue/description/filter_info.h"
 #include "kvx/host.h"
 
 namespace vizcore {

@@ -1,12 +1,12 @@
-#include "registry.h"
+#include "boundary/registry.h"
 
 #include <atomic>
 #include <new>
 #include <utility>
 
-#include "catalogue_loader.h"
-#include "filter_probe.h"
-#include "suite_store.h"
+#include "boundary/filter_probe.h"
+#include "boundary/suite_store.h"
+#include "catalogue/catalogue_loader.h"
 
 namespace vizcore {
 
@@ -39,7 +39,9 @@ void PureCFilter::LoadFilters() {
   HostUtilSuite* host = SuiteStore::Get().hostUtil;
   if (!host) return;
   try {
-    LoadCatalogue(*host, [this](std::shared_ptr<NLEFilterInfo> info) { AddFilterInfo(std::move(info)); });
+    LoadCatalogue(*host, [&](std::shared_ptr<NLEFilterInfo> info) {
+      if (CreatePureCFilterFromInfo(host, info, false).exists) AddFilterInfo(std::move(info));
+    });
   } catch (const std::bad_alloc&) {
     // Nothing rather than a part: the host can start anew once there is memory.
     byGuid_.clear();

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "filter_info.h"
-#include "pure_c_filter.h"
+#include "catalogue/description/filter_info.h"
+#include "runtime/pure_c_filter.h"
 
 namespace vizcore {
 

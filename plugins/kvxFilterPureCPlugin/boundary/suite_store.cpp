@@ -1,6 +1,6 @@
-#include "suite_store.h"
+#include "boundary/suite_store.h"
 
-#include "host_log.h"
+#include "framework/host_log.h"
 
 namespace vizcore {
 

@@ -1,11 +1,11 @@
-#include "filter_parser.h"
+#include "catalogue/filter_parser.h"
 
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <stdexcept>
 
-#include "numeric.h"
+#include "framework/numeric.h"
 
 namespace vizcore {
 

@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "filter_info.h"
+#include "catalogue/description/filter_info.h"
 
 namespace vizcore {
 

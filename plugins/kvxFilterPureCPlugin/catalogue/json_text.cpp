@@ -1,4 +1,4 @@
-#include "json_text.h"
+#include "catalogue/json_text.h"
 
 #include <sstream>
 

@@ -3,11 +3,11 @@
 #include <atomic>
 #include <cstring>
 
-#include "engine_internal.h"
-#include "film_wear.h"
-#include "frame_rate.h"
-#include "numeric.h"
-#include "random.h"
+#include "engine/engine_internal.h"
+#include "engine/film_wear.h"
+#include "engine/frame_rate.h"
+#include "framework/numeric.h"
+#include "framework/random.h"
 
 namespace film {
 

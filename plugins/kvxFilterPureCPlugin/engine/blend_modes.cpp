@@ -2,8 +2,8 @@
 // a formula that the compiler turns into vector code, once for every vector set.
 #include <cmath>
 
-#include "merge_routines.h"
-#include "numeric.h"
+#include "engine/merge_routines.h"
+#include "framework/numeric.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "blend_modes.cpp"

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "engine_internal.h"
+#include "engine/engine_internal.h"
 
 inline uint8_t HardBlend(int32_t a, int32_t t) {
   return static_cast<uint8_t>(t < 128 ? (a * t) >> 7 : 255 - (((255 - a) * (255 - t)) >> 7));

@@ -3,10 +3,10 @@
 #include <cstring>
 #include <vector>
 
-#include "engine_internal.h"
-#include "film_wear.h"
-#include "numeric.h"
-#include "row_loops.h"
+#include "engine/engine_internal.h"
+#include "engine/film_wear.h"
+#include "framework/numeric.h"
+#include "framework/row_loops.h"
 
 namespace film {
 

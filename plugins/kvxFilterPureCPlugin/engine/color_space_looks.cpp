@@ -3,8 +3,8 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "composite_looks.h"
-#include "engine_internal.h"
+#include "engine/composite_looks.h"
+#include "engine/engine_internal.h"
 
 namespace {
 

@@ -3,11 +3,11 @@
 #include <cmath>
 #include <cstring>
 
-#include "color_tone.h"
-#include "curve.h"
-#include "engine_internal.h"
-#include "numeric.h"
-#include "pixel_kernels.h"
+#include "engine/color_tone.h"
+#include "engine/curve.h"
+#include "engine/engine_internal.h"
+#include "framework/numeric.h"
+#include "framework/pixel_kernels.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #ifndef KVX_ENGINE_COLOR_TONE_H_
 #define KVX_ENGINE_COLOR_TONE_H_
 
-#include "curve.h"
-#include "engine.h"
+#include "engine/curve.h"
+#include "engine/engine.h"
 
 // B, G and R through a sine around 128; `n` is clamped to 0..100. `from` may be `image`.
 void SineContrast(const EngineImage& from, const EngineImage& image, int32_t n);

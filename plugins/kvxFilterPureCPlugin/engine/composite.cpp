@@ -3,12 +3,12 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "blends.h"
-#include "color_tone.h"
-#include "composite_looks.h"
-#include "curve.h"
-#include "engine_internal.h"
-#include "numeric.h"
+#include "engine/blends.h"
+#include "engine/color_tone.h"
+#include "engine/composite_looks.h"
+#include "engine/curve.h"
+#include "engine/engine_internal.h"
+#include "framework/numeric.h"
 
 namespace {
 

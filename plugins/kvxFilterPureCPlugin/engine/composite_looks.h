@@ -2,7 +2,7 @@
 #ifndef KVX_ENGINE_COMPOSITE_LOOKS_H_
 #define KVX_ENGINE_COMPOSITE_LOOKS_H_
 
-#include "engine.h"
+#include "engine/engine.h"
 
 // sketch_looks.cpp: lines and edges from the 3 by 3 neighbourhood.
 int32_t SketchInPhoto(EngineRecord& record, const EngineImage& image);

@@ -1,4 +1,4 @@
-#include "curve.h"
+#include "engine/curve.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-#include "engine_internal.h"
+#include "engine/engine_internal.h"
 
 struct CurvePoint {
   int32_t x;

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "engine.h"
+#include "engine/engine.h"
 
 // The largest whole number whose square is not above `square`, which is not negative.
 inline int32_t RootBelow(int64_t square) {

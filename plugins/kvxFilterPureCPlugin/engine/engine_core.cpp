@@ -3,9 +3,9 @@
 #include <exception>
 #include <mutex>
 
-#include "clock.h"
-#include "engine_internal.h"
-#include "random.h"
+#include "engine/engine_internal.h"
+#include "framework/random.h"
+#include "platform/clock.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Defaults of a fresh record, by code.
 #include <algorithm>
 
-#include "engine_internal.h"
+#include "engine/engine_internal.h"
 
 namespace {
 

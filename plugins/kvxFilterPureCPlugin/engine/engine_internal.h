@@ -7,8 +7,8 @@
 #include <cstring>
 #include <span>
 
-#include "engine.h"
-#include "pixel_kernels.h"
+#include "engine/engine.h"
+#include "framework/pixel_kernels.h"
 
 // Index -256 to 511 gives 0 to 255.
 extern const uint8_t* const clampTable;

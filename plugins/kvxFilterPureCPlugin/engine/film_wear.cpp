@@ -1,6 +1,6 @@
-#include "film_wear.h"
+#include "engine/film_wear.h"
 
-#include "engine_internal.h"
+#include "engine/engine_internal.h"
 
 std::span<const LookRoutine> FilmWearRoutines() {
   static constexpr LookRoutine kRoutines[] = {

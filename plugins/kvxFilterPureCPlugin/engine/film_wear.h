@@ -3,7 +3,7 @@
 #ifndef KVX_ENGINE_FILM_WEAR_H_
 #define KVX_ENGINE_FILM_WEAR_H_
 
-#include "engine.h"
+#include "engine/engine.h"
 
 namespace film {
 

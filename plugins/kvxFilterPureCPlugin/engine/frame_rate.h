@@ -2,7 +2,7 @@
 #ifndef KVX_ENGINE_FRAME_RATE_H_
 #define KVX_ENGINE_FRAME_RATE_H_
 
-#include "engine.h"
+#include "engine/engine.h"
 
 // The usual rate for a record that has none.
 inline double FrameRateOf(const EngineRecord& record) {

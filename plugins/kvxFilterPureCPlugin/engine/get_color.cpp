@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <array>
 
-#include "engine_internal.h"
-#include "film_wear.h"
-#include "numeric.h"
+#include "engine/engine_internal.h"
+#include "engine/film_wear.h"
+#include "framework/numeric.h"
 
 namespace film {
 

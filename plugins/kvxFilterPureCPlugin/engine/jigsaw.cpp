@@ -5,10 +5,10 @@
 #include <limits>
 #include <vector>
 
-#include "blends.h"
-#include "engine_internal.h"
-#include "numeric.h"
-#include "pane_looks.h"
+#include "engine/blends.h"
+#include "engine/engine_internal.h"
+#include "engine/pane_looks.h"
+#include "framework/numeric.h"
 
 namespace {
 

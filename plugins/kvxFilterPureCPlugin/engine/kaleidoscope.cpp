@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstring>
 
-#include "engine_internal.h"
-#include "numeric.h"
-#include "pane_looks.h"
+#include "engine/engine_internal.h"
+#include "engine/pane_looks.h"
+#include "framework/numeric.h"
 
 namespace {
 

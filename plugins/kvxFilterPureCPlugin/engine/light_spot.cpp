@@ -4,10 +4,10 @@
 #include <cstring>
 #include <vector>
 
-#include "disc.h"
-#include "engine_internal.h"
-#include "film_wear.h"
-#include "numeric.h"
+#include "engine/disc.h"
+#include "engine/engine_internal.h"
+#include "engine/film_wear.h"
+#include "framework/numeric.h"
 
 namespace film {
 

@@ -2,7 +2,7 @@
 #include <array>
 #include <cstring>
 
-#include "engine_internal.h"
+#include "engine/engine_internal.h"
 
 namespace {
 

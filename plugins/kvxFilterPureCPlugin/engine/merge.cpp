@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "merge_routines.h"
+#include "engine/merge_routines.h"
 
 namespace {
 

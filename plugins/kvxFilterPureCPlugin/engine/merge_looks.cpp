@@ -4,10 +4,10 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
-#include "curve.h"
-#include "merge_routines.h"
-#include "numeric.h"
-#include "pixel_kernels.h"
+#include "engine/curve.h"
+#include "engine/merge_routines.h"
+#include "framework/numeric.h"
+#include "framework/pixel_kernels.h"
 
 // All of this file is compiled once for each vector target; its loops are plain, so that all give the same bytes.
 #undef HWY_TARGET_INCLUDE

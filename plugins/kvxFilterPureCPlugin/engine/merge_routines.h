@@ -9,8 +9,8 @@
 #include <span>
 #include <type_traits>
 
-#include "engine_internal.h"
-#include "pixel_rows.h"
+#include "engine/engine_internal.h"
+#include "engine/pixel_rows.h"
 
 // Colours of `from`, mixed with those of `material`, go to `to`, with the alpha of `from`. `from` and `to` are of one
 // size and may be the same image; `material` is at least as large.

@@ -4,10 +4,10 @@
 #include <array>
 #include <cstring>
 
-#include "engine_internal.h"
-#include "film_wear.h"
-#include "numeric.h"
-#include "random.h"
+#include "engine/engine_internal.h"
+#include "engine/film_wear.h"
+#include "framework/numeric.h"
+#include "framework/random.h"
 
 namespace film {
 

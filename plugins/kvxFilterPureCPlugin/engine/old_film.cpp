@@ -2,11 +2,11 @@
 #include <algorithm>
 #include <array>
 
-#include "curve.h"
-#include "engine_internal.h"
-#include "film_wear.h"
-#include "random.h"
-#include "wear.h"
+#include "engine/curve.h"
+#include "engine/engine_internal.h"
+#include "engine/film_wear.h"
+#include "engine/wear.h"
+#include "framework/random.h"
 
 namespace film {
 

@@ -1,9 +1,9 @@
 // Codes 57 and 58: few colours.
 #include <span>
 
-#include "engine_internal.h"
-#include "film_wear.h"
-#include "palette_tables.h"
+#include "engine/engine_internal.h"
+#include "engine/film_wear.h"
+#include "engine/palette_tables.h"
 
 namespace film {
 

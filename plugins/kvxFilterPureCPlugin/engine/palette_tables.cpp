@@ -1,4 +1,4 @@
-#include "palette_tables.h"
+#include "engine/palette_tables.h"
 
 // clang-format off
 const PaletteColor kTcvgaPalette[16] = {

@@ -2,7 +2,7 @@
 #ifndef KVX_ENGINE_PANE_LOOKS_H_
 #define KVX_ENGINE_PANE_LOOKS_H_
 
-#include "engine.h"
+#include "engine/engine.h"
 
 // jigsaw.cpp. The layout comes from the record's code, 89 to 94.
 int32_t Jigsaw(EngineRecord& record, const EngineImage& image);

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <opencv2/core.hpp>
 
-#include "engine_internal.h"
-#include "pane_looks.h"
+#include "engine/engine_internal.h"
+#include "engine/pane_looks.h"
 
 namespace {
 

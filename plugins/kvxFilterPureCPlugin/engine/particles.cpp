@@ -6,12 +6,12 @@
 #include <span>
 #include <vector>
 
-#include "disc.h"
-#include "engine_internal.h"
-#include "film_wear.h"
-#include "frame_rate.h"
-#include "numeric.h"
-#include "random.h"
+#include "engine/disc.h"
+#include "engine/engine_internal.h"
+#include "engine/film_wear.h"
+#include "engine/frame_rate.h"
+#include "framework/numeric.h"
+#include "framework/random.h"
 
 namespace film {
 

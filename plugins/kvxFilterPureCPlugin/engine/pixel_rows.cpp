@@ -1,4 +1,4 @@
-#include "pixel_rows.h"
+#include "engine/pixel_rows.h"
 
 #include <algorithm>
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "engine_internal.h"
+#include "engine/engine_internal.h"
 
 inline constexpr uint32_t kColorBytes = 0x00FFFFFF;
 inline constexpr uint32_t kAlphaByte = 0xFF000000;

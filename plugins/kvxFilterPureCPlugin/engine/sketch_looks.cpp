@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "blends.h"
-#include "composite_looks.h"
-#include "engine_internal.h"
-#include "numeric.h"
+#include "engine/blends.h"
+#include "engine/composite_looks.h"
+#include "engine/engine_internal.h"
+#include "framework/numeric.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include <cstring>
 #include <vector>
 
-#include "blends.h"
-#include "composite_looks.h"
-#include "curve.h"
-#include "engine_internal.h"
-#include "random.h"
-#include "transpose.h"
+#include "engine/blends.h"
+#include "engine/composite_looks.h"
+#include "engine/curve.h"
+#include "engine/engine_internal.h"
+#include "framework/random.h"
+#include "framework/transpose.h"
 
 namespace {
 

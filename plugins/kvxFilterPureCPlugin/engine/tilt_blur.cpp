@@ -1,4 +1,4 @@
-#include "tilt_blur.h"
+#include "engine/tilt_blur.h"
 
 #include <algorithm>
 

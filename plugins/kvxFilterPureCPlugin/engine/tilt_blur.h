@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine_internal.h"
+#include "engine/engine_internal.h"
 
 // A kernel is the same in all its eight eighths. One quarter is kept: rows 0 to `radius` of columns 0 to `radius`,
 // weights from 0 to 4096.

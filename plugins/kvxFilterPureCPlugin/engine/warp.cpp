@@ -2,7 +2,7 @@
 #include <array>
 #include <cstring>
 
-#include "warp_routines.h"
+#include "engine/warp_routines.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
-#include "warp_routines.h"
+#include "engine/warp_routines.h"
 
 namespace {
 

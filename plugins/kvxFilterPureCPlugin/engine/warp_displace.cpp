@@ -3,9 +3,9 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "pixel_rows.h"
-#include "random.h"
-#include "warp_routines.h"
+#include "engine/pixel_rows.h"
+#include "engine/warp_routines.h"
+#include "framework/random.h"
 
 namespace {
 

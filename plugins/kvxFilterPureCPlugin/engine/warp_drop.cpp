@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "pixel_rows.h"
-#include "random.h"
-#include "warp_routines.h"
+#include "engine/pixel_rows.h"
+#include "engine/warp_routines.h"
+#include "framework/random.h"
 
 namespace {
 

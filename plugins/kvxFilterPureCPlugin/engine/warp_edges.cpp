@@ -6,8 +6,8 @@
 #include <cstring>
 #include <vector>
 
-#include "pixel_rows.h"
-#include "warp_routines.h"
+#include "engine/pixel_rows.h"
+#include "engine/warp_routines.h"
 
 namespace {
 

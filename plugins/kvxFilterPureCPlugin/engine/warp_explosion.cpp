@@ -3,8 +3,8 @@
 #include <cstring>
 #include <vector>
 
-#include "pixel_rows.h"
-#include "warp_routines.h"
+#include "engine/pixel_rows.h"
+#include "engine/warp_routines.h"
 
 // All of this file is compiled once for each vector target; its loops are plain, so that all give the same bytes.
 #undef HWY_TARGET_INCLUDE

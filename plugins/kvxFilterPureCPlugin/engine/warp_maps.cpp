@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "pixel_rows.h"
-#include "warp_routines.h"
+#include "engine/pixel_rows.h"
+#include "engine/warp_routines.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <span>
 
-#include "engine_internal.h"
-#include "numeric.h"
+#include "engine/engine_internal.h"
+#include "framework/numeric.h"
 
 struct WarpRoutine {
   uint32_t code;

@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <vector>
 
-#include "color_tone.h"
-#include "pixel_rows.h"
-#include "tilt_blur.h"
-#include "warp_routines.h"
+#include "engine/color_tone.h"
+#include "engine/pixel_rows.h"
+#include "engine/tilt_blur.h"
+#include "engine/warp_routines.h"
 
 namespace {
 

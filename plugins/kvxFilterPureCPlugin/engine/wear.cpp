@@ -1,4 +1,4 @@
-#include "wear.h"
+#include "engine/wear.h"
 
 #include <algorithm>
 #include <cstring>
@@ -7,9 +7,9 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
-#include "engine_internal.h"
-#include "wear_tables.h"
-#include "zeroed_array.h"
+#include "engine/engine_internal.h"
+#include "engine/wear_tables.h"
+#include "framework/zeroed_array.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "engine.h"
-#include "random.h"
+#include "engine/engine.h"
+#include "framework/random.h"
 
 // Draws three numbers for each spot, then two for each scratch.
 void AddWear(const EngineImage& image, int32_t spots, int32_t scratches, Rand& rand);

@@ -1,4 +1,4 @@
-#include "wear_tables.h"
+#include "engine/wear_tables.h"
 
 // clang-format off
 const uint8_t kStamps[kStampCount][kStampSize][kStampSize] = {

@@ -1,4 +1,4 @@
-#include "blend_tables.h"
+#include "framework/blend_tables.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "frame.h"
+#include "framework/frame.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,17 +14,4 @@ bool CopyRows(const uint8_t* src, uint8_t* dst, int32_t width, int32_t height, i
     std::memcpy(dst + static_cast<ptrdiff_t>(y) * dstStep, src + static_cast<ptrdiff_t>(y) * srcStep, length);
   }
   return true;
-}
-
-void DescribeParam(FilterParamDesc* desc, int32_t index, std::span<const ParamRow> rows,
-                   std::initializer_list<double> defaults) {
-  const size_t place = static_cast<size_t>(index);
-  if (!desc || index < 0 || place >= rows.size() || place >= defaults.size()) return;
-  const ParamRow& row = rows[place];
-  desc->index = index;
-  for (size_t i = 0; i < std::size(desc->name) - 1 && row.name[i]; ++i) desc->name[i] = row.name[i];
-  desc->type = row.type;
-  desc->minimum = row.minimum;
-  desc->defaultValue = defaults.begin()[place];
-  desc->maximum = row.maximum;
 }

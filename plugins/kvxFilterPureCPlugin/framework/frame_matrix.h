@@ -5,7 +5,7 @@
 #include <cstring>
 #include <opencv2/core.hpp>
 
-#include "frame.h"
+#include "framework/frame.h"
 
 // A matrix over a source frame. A matrix cannot have rows that overlap, as those of a source narrower than the frame do
 // (step below width * 4): such rows are copied apart.

@@ -1,4 +1,4 @@
-#include "material_path.h"
+#include "framework/material_path.h"
 
 #include <algorithm>
 #include <string_view>
@@ -24,6 +24,9 @@ void Store(char16_t* buffer, std::u16string_view path, std::u16string_view tail)
 
 std::u16string MergeImageDir() {
   return g_mergeImageDir;
+}
+std::u16string MaterialPath(std::string_view fileName) {
+  return MergeImageDir().append(fileName.begin(), fileName.end());
 }
 std::u16string ShaderDir() {
   return g_shaderDir;

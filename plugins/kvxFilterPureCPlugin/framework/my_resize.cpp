@@ -1,12 +1,12 @@
-#include "my_resize.h"
+#include "framework/my_resize.h"
 
 #include <algorithm>
 #include <cstring>
 #include <vector>
 
-#include "frame.h"
-#include "numeric.h"
-#include "parallel.h"
+#include "framework/frame.h"
+#include "framework/numeric.h"
+#include "framework/parallel.h"
 
 // ResizeSpan is compiled once for each vector target. Its loops are plain, so that all targets give the same bytes.
 #undef HWY_TARGET_INCLUDE

@@ -1,9 +1,9 @@
-#include "pixel_kernels.h"
+#include "framework/pixel_kernels.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "numeric.h"
+#include "framework/numeric.h"
 
 // The newest vector set that the library leaves out unless asked: it looks up bytes in tables of 128.
 #define HWY_WANT_AVX3_DL

@@ -1,4 +1,4 @@
-#include "row_loops.h"
+#include "framework/row_loops.h"
 
 #include <bit>
 #include <cstring>

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "frame.h"
+#include "framework/frame.h"
 
 // Swaps rows and columns of 32-bit pixels, blocks of 4 by 4 in registers.
 inline void Transpose(ConstFrameView src, FrameView dst) {

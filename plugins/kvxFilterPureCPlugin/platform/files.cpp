@@ -1,4 +1,4 @@
-#include "files.h"
+#include "platform/files.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "text.h"
+#include "platform/text.h"
 
 namespace {
 

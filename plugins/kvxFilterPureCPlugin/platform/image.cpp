@@ -1,11 +1,14 @@
-#include "image.h"
+#include "platform/image.h"
 
 #include <exception>
 #include <opencv2/imgproc.hpp>
 #include <string>
 
-#include "files.h"
-#include "picture.h"
+#include "codecs/picture.h"
+#include "platform/files.h"
+
+using kvx::DecodePicture;
+using kvx::Picture;
 
 struct QKImage {
   Picture picture;
@@ -55,8 +58,8 @@ int32_t QK_ImageLoadBytes(QKImage* image, std::string_view bytes) {
 
 int32_t QK_ImageAlloc(QKImage* image, int32_t width, int32_t height, int32_t bits) {
   image->picture = Picture();
-  if (bits != 32 || width <= 0 || height <= 0 || width > kMaxPictureSide || height > kMaxPictureSide ||
-      int64_t{width} * height > kMaxPicturePixels) {
+  if (bits != 32 || width <= 0 || height <= 0 || width > kvx::kMaxPictureSide || height > kvx::kMaxPictureSide ||
+      int64_t{width} * height > kvx::kMaxPicturePixels) {
     return 0;
   }
   try {

@@ -1,10 +1,12 @@
-#include "alpha_blend.h"
+#include "runtime/alpha_blend.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 
-#include "pixel_kernels.h"
+#include "framework/pixel_kernels.h"
+
+namespace vizcore {
 
 namespace {
 
@@ -62,3 +64,5 @@ void AlphaBlendFrame(uint8_t* out, int32_t outStep, const uint8_t* top, int32_t 
     for (; x < width; ++x) BlendPixelScalar(o + 4 * x, t + 4 * x, u + 4 * x, a, b);
   }
 }
+
+}  // namespace vizcore

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace vizcore {
+
 // Writes `top` over `bottom` into `out`, which may be `top`, with opacity `alpha` from 0 to 255 (more counts as 255).
 // All are frames of 32-bit pixels of `width` by `height` with steps in bytes.
 //
@@ -12,5 +14,7 @@
 // in the last bit: both are meant.
 void AlphaBlendFrame(uint8_t* out, int32_t outStep, const uint8_t* top, int32_t topStep, const uint8_t* bottom,
                      int32_t bottomStep, int32_t alpha, int32_t width, int32_t height);
+
+}  // namespace vizcore
 
 #endif  // KVX_RUNTIME_ALPHA_BLEND_H_

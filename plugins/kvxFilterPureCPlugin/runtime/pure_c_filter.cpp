@@ -1,4 +1,4 @@
-#include "pure_c_filter.h"
+#include "runtime/pure_c_filter.h"
 
 #include <algorithm>
 #include <cstring>
@@ -7,9 +7,10 @@
 #include <string_view>
 #include <utility>
 
-#include "alpha_blend.h"
-#include "numeric.h"
-#include "text.h"
+#include "framework/factory/effect_table.h"
+#include "framework/numeric.h"
+#include "platform/text.h"
+#include "runtime/alpha_blend.h"
 
 namespace vizcore {
 
@@ -19,13 +20,6 @@ constexpr double kFrameRate = 25.0;
 constexpr size_t kKeyNameSize = 38;  // a name's key is its first 37 characters
 constexpr size_t kRenderNameSize = 128;
 constexpr size_t kMaxValues = std::size(ParamValueArray{}.value);
-
-bool IsTimeDriven(int32_t id) {
-  return (id >= 366 && id <= 370) || (id >= 373 && id <= 1371);
-}
-bool IsBackgroundFill(int32_t id) {
-  return id >= 1374 && id <= 2372;
-}
 
 std::string NameOf(const NLEFilterParams& params, size_t size) {
   char name[kRenderNameSize];
@@ -182,7 +176,7 @@ ParamValueArray NLEPureCFilter::GatherValues() {
 
 void NLEPureCFilter::RunProcessor(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep,
                                   const ParamValueArray& values) {
-  if (IsTimeDriven(record_->effectId)) {
+  if (IsTimeDrivenId(record_->effectId)) {
     if (auto* timed = dynamic_cast<CTimeRelateFilter*>(processor_.get())) {
       timed->ProcessTimed(src, dst, &values, currentFrame_, totalFrames_, kFrameRate, srcStep, dstStep);
     }
@@ -243,7 +237,7 @@ int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight
     alpha = static_cast<int32_t>(std::clamp<int64_t>(int64_t{value.AsInt32()} * 255 / 100, 0, 255 * 2));
   }
   // Background fills at full opacity are the only frames without the blend.
-  if (alpha < 255 || !IsBackgroundFill(record_->effectId)) {
+  if (alpha < 255 || !IsBackgroundFillId(record_->effectId)) {
     const int32_t width = std::min({srcWidth, dstWidth, srcStep / 4});
     AlphaBlendFrame(dst, dstStep, dst, dstStep, frame, srcStep, std::clamp(alpha, 0, 255), width,
                     std::min(srcHeight, dstHeight));

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "filter_info.h"
+#include "catalogue/description/filter_info.h"
 #include "kvx/processor.h"
 
 namespace vizcore {

@@ -1,6 +1,8 @@
-#include "filter_info.h"
+#include "catalogue/description/filter_info.h"
 
 #include <cstring>
+
+namespace vizcore {
 
 namespace {
 std::string Key(const char* prefix, int32_t index) {
@@ -43,3 +45,5 @@ std::string NLEFilterInfo::GetTexture(int32_t index) const {
   const auto found = textures_.find(Key("Texture[", index));
   return found == textures_.end() ? std::string() : found->second.second;
 }
+
+}  // namespace vizcore

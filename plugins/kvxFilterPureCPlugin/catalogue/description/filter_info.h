@@ -10,7 +10,9 @@
 #include <string>
 #include <utility>
 
-#include "param_value.h"
+#include "catalogue/description/param_value.h"
+
+namespace vizcore {
 
 // The two maps are guarded by a mutex, because `NLEPureCFilter::Init` adds to a description that other filters may be
 // reading. Parameter objects do not change once added.
@@ -57,5 +59,7 @@ class NLEFilterInfo {
   std::map<std::string, std::pair<std::string, std::string>> textures_;  // "Texture[i]": key and path text
   std::map<std::string, std::shared_ptr<NLEFilterParams>> params_;       // "Param[i]"
 };
+
+}  // namespace vizcore
 
 #endif  // KVX_DESCRIPTION_FILTER_INFO_H_

@@ -1,7 +1,9 @@
-#include "param_value.h"
+#include "catalogue/description/param_value.h"
 
 #include <algorithm>
 #include <utility>
+
+namespace vizcore {
 
 NLEParamValue NLEParamValue::OfText(std::string text) {
   NLEParamValue value;
@@ -58,3 +60,5 @@ void NLEFilterParams::Clone(std::shared_ptr<NLEFilterParams>& out) const {
   out = std::make_shared<NLEFilterParams>(*this);
   out->SetValue(current_);
 }
+
+}  // namespace vizcore

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+namespace vizcore {
+
 enum class ParamKind : int32_t {
   kNone = 0,
   kBool = 1,
@@ -109,5 +111,7 @@ class NLEFilterParams {
   NLEParamValue default_;
   NLEParamValue current_;
 };
+
+}  // namespace vizcore
 
 #endif  // KVX_DESCRIPTION_PARAM_VALUE_H_

@@ -1,31 +1,33 @@
-// The one table of effects: the records that a host reads and the factory are both made from it.
+// The one table of effects: the records that a host reads, the factory and the description for our hosts are made from
+// it.
 #ifndef KVX_FACTORY_EFFECT_TABLE_H_
 #define KVX_FACTORY_EFFECT_TABLE_H_
 
-#include <cstddef>
 #include <cstdint>
 #include <span>
 
-#include "kvx/processor.h"
+#include "framework/effect_row.h"
 
-// Makes the processor of effect `id`. Families whose members differ by data share one maker and look their data up by
-// id.
-using EffectMaker = CBaseFilterProc* (*)(int32_t id, int32_t width, int32_t height);
-
-struct EffectRow {
-  int32_t id;
-  const char16_t* name;  // null for an effect that only the factory serves
-  int32_t paramCount;    // parameters that the processor reports
-  const char16_t* guid;
-  EffectMaker make;  // null while the effect does not exist
-};
-
-inline constexpr size_t kRecordCount = 242;
-
-// Rows 0 to kRecordCount - 1 are the records in the host's order; behind them stand the effects without a record.
+// The rows with a record, in the host's order, then those that only the factory serves.
 std::span<const EffectRow> EffectRows();
+std::span<const EffectRow> RecordRows();
+
+// The same as a host reads them.
+std::span<const EffectPluginInfo> Records();
 
 // Null for an id that no row has.
 const EffectRow* FindEffectRow(int32_t id);
+
+// Ids that mean something to whoever runs the effect. An effect in such a range must be of the class named, and an
+// effect of that class must have an id in the range.
+
+// CTimeRelateFilter: rendered by the frame count, `Process` is never called.
+constexpr bool IsTimeDrivenId(int32_t id) {
+  return (id >= 366 && id <= 370) || (id >= 373 && id <= 1371);
+}
+// BGFCommon: at full opacity the frame stands as it is, without the blend.
+constexpr bool IsBackgroundFillId(int32_t id) {
+  return id >= 1374 && id <= 2372;
+}
 
 #endif  // KVX_FACTORY_EFFECT_TABLE_H_

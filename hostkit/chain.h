@@ -1,0 +1,51 @@
+// What a run does to every frame: one effect or several, with their parameters over time.
+#ifndef KVX_HOSTKIT_CHAIN_H_
+#define KVX_HOSTKIT_CHAIN_H_
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "hostkit/param_track.h"
+#include "hostkit/plugin.h"
+
+namespace kvx {
+
+struct ChainLink {
+  const EffectInfo* effect;
+  std::vector<std::string> settings;  // NAME=VALUE
+  double opacity = 100;
+  ParamTracks tracks;
+};
+
+class Chain {
+ public:
+  void Add(const EffectInfo& effect, std::vector<std::string> settings, double opacity);
+  // "NAME" or "NAME:PARAM=VALUE;PARAM=VALUE"; opacity=PERCENT sets the effect's opacity.
+  void AddText(const EffectList& effects, const std::string& text);
+
+  const std::vector<ChainLink>& Links() const { return links_; }
+  bool Empty() const { return links_.empty(); }
+  // True if frames may be rendered in any order, on several sets of objects.
+  bool IsStateless() const;
+
+ private:
+  std::vector<ChainLink> links_;
+};
+
+// A set of effect objects for one chain.
+class ChainRunner {
+ public:
+  ChainRunner(Plugin& plugin, const Chain& chain);
+  // `picture` is the frame before and after.
+  void Render(Picture& picture, int64_t frame, int64_t totalFrames, double seconds);
+
+ private:
+  const Chain& chain_;
+  std::vector<std::unique_ptr<Effect>> effects_;
+  Picture output_;
+};
+
+}  // namespace kvx
+
+#endif  // KVX_HOSTKIT_CHAIN_H_

@@ -1,0 +1,127 @@
+#include "hostkit/recipe.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "hostkit/error.h"
+#include "hostkit/text.h"
+
+namespace kvx {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+// The setting that a recipe's value stands for.
+std::string SettingOf(const std::string& name, const ordered_json& value) {
+  if (value.is_number()) return fmt::format("{}={}", name, value.get<double>());
+  if (value.is_string()) return name + "=" + value.get<std::string>();
+  if (value.is_object() && !value.empty()) {
+    std::string points;
+    for (const auto& [frame, at] : value.items()) {
+      if (!at.is_number()) throw UsageError("values at frames must be numbers");
+      points += fmt::format("{}{}:{}", points.empty() ? "" : ",", frame, at.get<double>());
+    }
+    return name + "=" + points;
+  }
+  throw UsageError("must be a number, a text or an object of frames and numbers");
+}
+
+}  // namespace
+
+Chain ReadRecipe(const EffectList& effects, const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw Error(fmt::format("{}: cannot be read", path));
+  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  ordered_json recipe;
+  try {
+    recipe = ordered_json::parse(text);
+  } catch (const ordered_json::parse_error& error) {
+    const auto line =
+        1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(error.byte, text.size())), '\n');
+    throw UsageError(fmt::format("{}: not JSON at line {}", path, line));
+  }
+  if (!recipe.is_object() || !recipe.contains("effects") || !recipe["effects"].is_array() ||
+      recipe["effects"].empty()) {
+    throw UsageError(fmt::format("{}: effects: must be a list of at least one effect", path));
+  }
+  Chain chain;
+  for (size_t i = 0; i < recipe["effects"].size(); ++i) {
+    const ordered_json& entry = recipe["effects"][i];
+    std::string place = fmt::format("effects[{}]", i);
+    try {
+      if (!entry.is_object()) throw UsageError("must be an object");
+      for (const auto& [key, value] : entry.items()) {
+        if (key != "effect" && key != "opacity" && key != "params")
+          throw UsageError(fmt::format("unknown key \"{}\"", key));
+      }
+      place += ".effect";
+      if (!entry.contains("effect") || !(entry["effect"].is_string() || entry["effect"].is_number_integer())) {
+        throw UsageError("must be a name, an id or a GUID");
+      }
+      const EffectInfo& effect =
+          effects.Find(entry["effect"].is_string() ? entry["effect"].get<std::string>()
+                                                   : std::to_string(entry["effect"].get<int64_t>()));
+      place = fmt::format("effects[{}].opacity", i);
+      double opacity = 100;
+      if (entry.contains("opacity")) {
+        if (!entry["opacity"].is_number()) throw UsageError("must be a number from 0 to 100");
+        opacity = ParseOpacity(fmt::format("{}", entry["opacity"].get<double>()));
+      }
+      place = fmt::format("effects[{}].params", i);
+      std::vector<std::string> settings;
+      if (entry.contains("params")) {
+        if (!entry["params"].is_object()) throw UsageError("must be an object");
+        for (const auto& [name, value] : entry["params"].items()) {
+          place = fmt::format("effects[{}].params.{}", i, name);
+          settings.push_back(SettingOf(name, value));
+          ParamTracks(effect, {settings.back()}, opacity);
+        }
+      }
+      chain.Add(effect, std::move(settings), opacity);
+    } catch (const Error& error) {
+      if (!error.IsUsage()) throw;
+      throw Error(fmt::format("{}: {}: {}", path, place, error.what()), error.Kind());
+    }
+  }
+  return chain;
+}
+
+void WriteRecipe(const Chain& chain, const std::string& path) {
+  ordered_json effects = ordered_json::array();
+  for (const ChainLink& link : chain.Links()) {
+    // Names can stand twice; ids cannot.
+    ordered_json entry = {{"effect", link.effect->id}, {"opacity", link.opacity}};
+    ordered_json params = ordered_json::object();
+    for (const std::string& setting : link.settings) {
+      const size_t equals = setting.find('=');
+      const std::string value = setting.substr(equals + 1);
+      double number = 0;
+      const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+      if (error == std::errc() && end == value.data() + value.size()) {
+        params[setting.substr(0, equals)] = number;
+        continue;
+      }
+      ordered_json points = ordered_json::object();
+      for (const std::string& point : Split(value, ',')) {
+        const size_t colon = point.find(':');
+        if (colon == std::string::npos) break;
+        points[point.substr(0, colon)] = std::stod(point.substr(colon + 1));
+      }
+      params[setting.substr(0, equals)] = points.empty() ? ordered_json(value) : points;
+    }
+    if (!params.empty()) entry["params"] = params;
+    effects.push_back(entry);
+  }
+  std::ofstream file(path);
+  file << ordered_json{{"effects", effects}}.dump(2) << "\n";
+  file.close();
+  if (!file) throw Error(fmt::format("{}: cannot be written", path));
+}
+
+}  // namespace kvx

@@ -1,0 +1,27 @@
+// A clip through a chain: reading, rendering and writing overlap; the order of frames is kept.
+#ifndef KVX_HOSTS_KVX_PIPELINE_H_
+#define KVX_HOSTS_KVX_PIPELINE_H_
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "hostkit/chain.h"
+#include "hosts/kvx/frame_io.h"
+
+namespace kvx {
+
+struct PipelineOptions {
+  int jobs = 0;  // threads that render; 0 for one per core. Chains with state use one.
+  std::optional<FrameSize> pad;
+  std::function<void(int64_t done)> onFrame;
+  std::function<bool()> stopped;  // asked before each frame is read
+};
+
+// Returns the number of frames written. `totalFrames` is what effects are told as the clip's length.
+int64_t RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, FrameWriter& writer, int64_t totalFrames,
+                    const PipelineOptions& options);
+
+}  // namespace kvx
+
+#endif  // KVX_HOSTS_KVX_PIPELINE_H_
