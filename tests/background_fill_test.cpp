@@ -184,7 +184,7 @@ TEST(FillPattern, MosaicRepeatsRows) {
   for (int32_t y = 0; y < 40; ++y) EXPECT_EQ(Color(out, 4, y), Color(src, 4, y - y % 3));
 }
 
-TEST(FillPattern, CellsOfOneColour) {
+TEST(FillPattern, CellsOfOneColor) {
   const FrameBuffer src = Picture(26, 40);
   const FrameBuffer brick = Painted(fill_pattern::Brick, src, 0.75f);  // pitch 4: 2 * dx * dy below 4
   EXPECT_EQ(Color(brick, 4, 8), Color(src, 4, 8));

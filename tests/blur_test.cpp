@@ -97,7 +97,7 @@ TEST(SquareBlur, BoxSlidesDownTallFrames) {
   }
 }
 
-TEST(SquareBlur, AlphaLimitsColourAtEveryRadius) {
+TEST(SquareBlur, AlphaLimitsColorAtEveryRadius) {
   FrameBuffer src(3, 1);
   src.SetPixel(0, 0, 200, 20, 90, 90);
   src.SetPixel(1, 0, 200, 200, 200, 0);

@@ -69,7 +69,7 @@ TEST(HueShift, TurnsAsWorkedOut) {
   }
 }
 
-TEST(Tint, MixesALineOfColoursWithTheSwappedPicture) {
+TEST(Tint, MixesALineOfColorsWithTheSwappedPicture) {
   EXPECT_EQ(PixelOf(45, {1, 2, 3, 4, 5, 6, 0}, 10, 20, 30), Pixel(30, 20, 10)) << "no tint swaps bytes 0 and 2";
   EXPECT_EQ(PixelOf(45, {255, 255, 255, 25.5, 12.75, 66.3, 100}, 0, 0, 0), Pixel(66, 12, 25)) << "black R, G, B";
   // Luma 0.299, 0.587, 0.114 of bytes 0, 1, 2, cut.

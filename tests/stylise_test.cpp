@@ -112,7 +112,7 @@ TEST(Cartoon, LinesWhereAWrappedMeasureIsHigh) {
 TEST(Noise, FiveDrawsADot) {
   FrameBuffer src(10, 8, 12);
   src.FillTestPicture();
-  for (const double coloured : {0.0, 1.0}) {
+  for (const double colored : {0.0, 1.0}) {
     FrameBuffer expected(10, 8, 12);
     std::copy_n(src.Data(), src.Size(), expected.Data());
     uint32_t s = 99;
@@ -123,13 +123,13 @@ TEST(Noise, FiveDrawsADot) {
     for (int i = 0; i < 24; ++i) {  // 30.9 percent of 80, cut
       const uint32_t x = draw(10), y = draw(8), a = draw(256), b = draw(256), c = draw(256);
       uint8_t* dot = expected.Data() + (y * 10 + x) * 4;  // not by the step
-      dot[0] = static_cast<uint8_t>(coloured != 0 ? c : a);
-      dot[1] = static_cast<uint8_t>(coloured != 0 ? b : a);
+      dot[0] = static_cast<uint8_t>(colored != 0 ? c : a);
+      dot[1] = static_cast<uint8_t>(colored != 0 ? b : a);
       dot[2] = static_cast<uint8_t>(a);
       dot[3] = 255;
     }
     SeedRand(99);
-    const FrameBuffer dst = RunEffect(51, src, {30.9, coloured});
+    const FrameBuffer dst = RunEffect(51, src, {30.9, colored});
     EXPECT_TRUE(std::equal(dst.Data(), dst.Data() + dst.Size(), expected.Data()));
     Rand rand;
     EXPECT_EQ(static_cast<uint32_t>(rand.Next()), draw(0x8000)) << "the stream goes on from the last draw";
@@ -137,7 +137,7 @@ TEST(Noise, FiveDrawsADot) {
   EXPECT_EQ(RunEffect(51, src, {0, 1}).Packed(), src.Packed());
 }
 
-TEST(Cluster, NearestByPlaceAndColour) {
+TEST(Cluster, NearestByPlaceAndColor) {
   constexpr int32_t kWidth = 300, kHeight = 7;
   FrameBuffer src(kWidth, kHeight);
   src.FillTestPicture();
@@ -168,9 +168,9 @@ TEST(Cluster, NearestByPlaceAndColour) {
           int winner = 0;
           for (int i = 0; i < number && i < 40; ++i) {
             const Point& p = points[i];
-            int colour = 0;
-            for (int c = 0; c < 3; ++c) colour += (pixel[c] - p.c[c]) * (pixel[c] - p.c[c]);
-            const float dc = std::sqrt(float(colour)) / std::sqrt(195075.0f);
+            int color = 0;
+            for (int c = 0; c < 3; ++c) color += (pixel[c] - p.c[c]) * (pixel[c] - p.c[c]);
+            const float dc = std::sqrt(float(color)) / std::sqrt(195075.0f);
             const float ds = std::sqrt(float((x - p.x) * (x - p.x) + (y - p.y) * (y - p.y))) / diagonal;
             const float e = std::sqrt(float(ds * t * ds + dc * (1 - t) * dc));
             if (e < best) {

@@ -3,10 +3,10 @@
 #define KVX_SOURCE_ASPECT_OVERLAY_H_
 
 #include <cstdint>
-#include <cstring>
 #include <type_traits>
 
 #include "framework/frame.h"
+#include "framework/pixels.h"
 #include "platform/image.h"
 
 // One overlay in two files: one for frames of exactly 16:9, one for all others. Files are read on the first frame.
@@ -52,14 +52,11 @@ void DrawOverlay(FrameView src, FrameView dst, const uint8_t* picture, float alp
     uint8_t* in = src.Row(y);
     uint8_t* out = dst.Row(y);
     for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4, picture += 4) {
-      uint32_t s, m;
-      std::memcpy(&s, in, 4);
-      std::memcpy(&m, picture, 4);
-      s = tone(s);
-      if constexpr (!std::is_same_v<Tone, KeepSource>) std::memcpy(in, &s, 4);
+      const uint32_t s = tone(LoadPixel(in));
+      const uint32_t m = LoadPixel(picture);
+      if constexpr (!std::is_same_v<Tone, KeepSource>) StorePixel(in, s);
       const uint32_t a = static_cast<uint32_t>(static_cast<int32_t>(static_cast<float>(m >> 24) * alphaFactor));
-      const uint32_t result = LayOver(s, m, a);
-      std::memcpy(out, &result, 4);
+      StorePixel(out, LayOver(s, m, a));
     }
   }
 }

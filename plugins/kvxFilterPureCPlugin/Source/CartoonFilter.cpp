@@ -8,12 +8,13 @@
 #include "framework/frame.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
+#include "framework/pixels.h"
 
 namespace {
 
 constexpr ParamRow kParams[] = {{u"Triplevel", 0, 0, 100}, {u"DiffSpace", 0, 0, 10}};
 constexpr int32_t kId = 33;
-constexpr uint32_t kLineColour = 0;
+constexpr uint32_t kLineColor = 0;
 constexpr uint32_t kEightLevels = 0xFFE0E0E0;
 
 // One row with bytes 0 to 2 apart as planes. Every plane goes on at both ends with copies of its end pixels, so that
@@ -84,10 +85,9 @@ void Cartoon(ConstFrameView src, FrameView dst, int32_t threshold, int32_t dista
     RaiseToDifference(above, reach, below, -reach, measure);
     uint8_t* out = dst.Row(y);
     for (int32_t x = 0; x < dst.width; ++x) {
-      uint32_t pixel;
-      std::memcpy(&pixel, in + 4 * x, 4);
-      pixel = measure[static_cast<size_t>(x)] > threshold ? kLineColour : pixel & kEightLevels;
-      std::memcpy(out + 4 * x, &pixel, 4);
+      uint32_t pixel = LoadPixel(in + 4 * x);
+      pixel = measure[static_cast<size_t>(x)] > threshold ? kLineColor : pixel & kEightLevels;
+      StorePixel(out + 4 * x, pixel);
     }
   }
 }

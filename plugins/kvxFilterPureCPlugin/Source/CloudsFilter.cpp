@@ -64,8 +64,8 @@ void Generate(ZeroedArray<uint8_t>& layer, int32_t density, int32_t width, int32
   }
 }
 
-std::array<uint8_t, 256> CloudTable(bool interactive) {
-  std::array<uint8_t, 256> table;
+ByteTable CloudTable(bool interactive) {
+  ByteTable table;
   for (int32_t i = 0; i < 256; ++i) {
     int32_t v = i;
     if (!interactive) {
@@ -85,7 +85,7 @@ int32_t Wrapped(int64_t at, int32_t size) {
 // Pixels by the sum of three thicknesses; 0 where the picture shows.
 using CloudPixels = std::array<uint32_t, 3 * 255 + 1>;
 
-CloudPixels PixelsOf(const std::array<uint8_t, 256>& table, bool color) {
+CloudPixels PixelsOf(const ByteTable& table, bool color) {
   CloudPixels pixels;
   for (uint32_t sum = 0; sum < pixels.size(); ++sum) {
     const uint32_t m = table[sum / 3];

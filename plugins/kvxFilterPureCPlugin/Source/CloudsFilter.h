@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "framework/pixels.h"
 #include "framework/zeroed_array.h"
 #include "kvx/processor.h"
 
@@ -27,7 +28,7 @@ class CCloudsFilter : public CBaseFilterProc {
   int32_t speed_ = 3;
   bool interactive_ = false;
   bool color_ = false;
-  std::array<uint8_t, 256> table_;  // brightness by thickness; 0 shows the sky
+  ByteTable table_;  // brightness by thickness; 0 shows the sky
   std::array<Layer, 3> layers_;
 };
 

@@ -19,7 +19,7 @@ constexpr size_t kMostClusters = ClusterSquares::kMost;
 
 struct Cluster {
   int32_t x, y;
-  uint8_t colour[3];  // bytes 0, 1, 2
+  uint8_t color[3];  // bytes 0, 1, 2
 };
 using Clusters = std::array<Cluster, kMostClusters>;
 
@@ -30,7 +30,7 @@ Clusters DrawClusters(int32_t width, int32_t height) {
   for (Cluster& cluster : clusters) {
     cluster.x = rand.Next() % width;
     cluster.y = rand.Next() % height;
-    for (uint8_t& byte : cluster.colour) byte = static_cast<uint8_t>(rand.Next() % 255);
+    for (uint8_t& byte : cluster.color) byte = static_cast<uint8_t>(rand.Next() % 255);
   }
   return clusters;
 }
@@ -38,16 +38,16 @@ Clusters DrawClusters(int32_t width, int32_t height) {
 // The distance that decides, as it is defined: with every rounding of the 32-bit floats.
 struct Metric {
   float longest;     // the frame's diagonal
-  float mostColour;  // from black to white
+  float mostColor;  // from black to white
   double weight;
 
   float Of(const Cluster& cluster, const uint8_t* pixel, int32_t x, int32_t y) const {
-    const int32_t d0 = pixel[0] - cluster.colour[0];
-    const int32_t d1 = pixel[1] - cluster.colour[1];
-    const int32_t d2 = pixel[2] - cluster.colour[2];
+    const int32_t d0 = pixel[0] - cluster.color[0];
+    const int32_t d1 = pixel[1] - cluster.color[1];
+    const int32_t d2 = pixel[2] - cluster.color[2];
     const int32_t dx = x - cluster.x;
     const int32_t dy = y - cluster.y;
-    const float dc = std::sqrt(static_cast<float>(d0 * d0 + d1 * d1 + d2 * d2)) / mostColour;
+    const float dc = std::sqrt(static_cast<float>(d0 * d0 + d1 * d1 + d2 * d2)) / mostColor;
     const float ds = std::sqrt(static_cast<float>(dx * dx + dy * dy)) / longest;
     return std::sqrt(static_cast<float>(ds * weight * ds + dc * (1 - weight) * dc));
   }
@@ -74,11 +74,11 @@ class Search {
   Search(const Clusters& clusters, size_t count, const Metric& metric, int32_t width)
       : clusters_(clusters), metric_(metric), columns_(count * static_cast<size_t>(width)), width_(width) {
     place_ = static_cast<float>(metric.weight / metric.longest / metric.longest);
-    squares_.colourShare = static_cast<float>((1 - metric.weight) / metric.mostColour / metric.mostColour);
+    squares_.colorShare = static_cast<float>((1 - metric.weight) / metric.mostColor / metric.mostColor);
     squares_.count = static_cast<int32_t>(count);
     float* column = columns_.data();
     for (size_t i = 0; i < count; ++i) {
-      std::copy_n(clusters[i].colour, 3, squares_.colours[i]);
+      std::copy_n(clusters[i].color, 3, squares_.colors[i]);
       for (int32_t x = 0; x < width; ++x) *column++ = Place(x - clusters[i].x);
     }
   }
@@ -122,7 +122,7 @@ void Paint(ConstFrameView src, FrameView dst, const Clusters& clusters, size_t c
       }
     }
     for (int32_t x = 0; x < dst.width; ++x)
-      std::memcpy(out + 4 * x, clusters[nearest[static_cast<size_t>(x)]].colour, 3);
+      std::memcpy(out + 4 * x, clusters[nearest[static_cast<size_t>(x)]].color, 3);
   }
 }
 

@@ -6,6 +6,7 @@
 #include "framework/frame.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
+#include "framework/pixels.h"
 
 namespace {
 
@@ -31,25 +32,24 @@ Grid GridOf(int32_t size, int32_t shrink, int32_t lineWidth) {
 // Byte 3 of the destination stays as it is.
 void DrawGrid(ConstFrameView src, FrameView dst, const uint32_t* cellColumns, const Grid& rows, bool lighten,
               bool keepLines) {
-  constexpr uint32_t kColour = 0x00FFFFFF;
-  const uint32_t lineMask = keepLines ? kColour : 0;
+  constexpr uint32_t kColor = 0x00FFFFFF;
+  const uint32_t lineMask = keepLines ? kColor : 0;
   // A light cell is half the source and 127: the sum stays within its byte.
   const int shift = lighten ? 1 : 0;
-  const uint32_t cellMask = lighten ? 0x007F7F7F : kColour;
+  const uint32_t cellMask = lighten ? 0x007F7F7F : kColor;
   const uint32_t lift = lighten ? 0x007F7F7F : 0;
   for (int32_t y = 0; y < dst.height; ++y) {
     const uint8_t* in = src.Row(y);
     uint8_t* out = dst.Row(y);
     const uint32_t cellRow = rows.InCell(y) ? ~0u : 0;
     for (int32_t x = 0; x < dst.width; ++x) {
-      uint32_t pixel, old;
-      std::memcpy(&pixel, in + 4 * x, 4);
-      std::memcpy(&old, out + 4 * x, 4);
+      const uint32_t pixel = LoadPixel(in + 4 * x);
+      const uint32_t old = LoadPixel(out + 4 * x);
       const uint32_t isCell = cellColumns[x] & cellRow;
       const uint32_t cell = (pixel >> shift & cellMask) + lift;
-      const uint32_t colour = (cell & isCell) | (pixel & lineMask & ~isCell);
-      const uint32_t result = colour | (old & ~kColour);
-      std::memcpy(out + 4 * x, &result, 4);
+      const uint32_t color = (cell & isCell) | (pixel & lineMask & ~isCell);
+      const uint32_t result = color | (old & ~kColor);
+      StorePixel(out + 4 * x, result);
     }
   }
 }

@@ -25,69 +25,88 @@ void RelightRow(const uint8_t* in, const uint8_t* edges, uint8_t* out, int32_t c
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+using D = hn::ScalableTag<double>;
+using V = hn::Vec<D>;
+
 // Whole numbers stay doubles throughout, so that all lanes and masks are of one kind.
+
+// The channel `shift` bits up in each word.
+template <class Words>
+HWY_INLINE V Channel(D d, Words words, int shift) {
+  const hn::Rebind<int32_t, D> di;
+  const hn::Rebind<uint32_t, D> du;
+  return hn::PromoteTo(d, hn::BitCast(di, hn::And(hn::ShiftRightSame(words, shift), hn::Set(du, 255))));
+}
+
+// In degrees, cut; `range` is not 0 but where `flat`.
+template <class Mask>
+HWY_INLINE V HueOf(D d, V s0, V s1, V s2, V high, V range, Mask flat) {
+  const V zero = hn::Zero(d);
+  const auto first = hn::Eq(high, s0), second = hn::Eq(high, s1);
+  const V spread = hn::IfThenElse(first, hn::Sub(s1, s2), hn::IfThenElse(second, hn::Sub(s2, s0), hn::Sub(s0, s1)));
+  const V base = hn::IfThenElse(first, zero, hn::IfThenElse(second, hn::Set(d, 120), hn::Set(d, 240)));
+  const V turn = hn::IfThenElse(hn::And(first, hn::Lt(spread, zero)), hn::Set(d, 360), zero);
+  const V sector = hn::Div(hn::Mul(spread, hn::Set(d, 60)), hn::IfThenElse(flat, hn::Set(d, 1), range));
+  return hn::Add(hn::Trunc(hn::Add(sector, base)), turn);
+}
+
+// The luminance that a pixel gets at its edge strength.
+HWY_INLINE V LightOf(D d, V strength, V luminance, const EdgeLight& light) {
+  const V lifted = hn::Add(luminance, hn::Mul(strength, hn::Set(d, light.upscale)));
+  const V raised = hn::Trunc(hn::Min(hn::Max(lifted, hn::Zero(d)), hn::Set(d, 255)));
+  const V weak = light.redscale > 0 ? hn::Trunc(hn::Mul(luminance, hn::Set(d, 1 - light.redscale))) : strength;
+  return hn::IfThenElse(hn::Gt(strength, hn::Set(d, static_cast<double>(light.limit))), raised, weak);
+}
+
+// As HueByte, before the cut. Products and sums apart: a fused form would round once where the definition rounds twice.
+HWY_INLINE V HueLevel(D d, V place, V p, V q) {
+  const V rise = hn::Mul(hn::Sub(q, p), hn::Set(d, 6));
+  const V ramp = hn::Add(hn::Mul(rise, place), p);
+  const V v =
+      hn::IfThenElse(hn::Lt(place, hn::Set(d, 1.0 / 6)), ramp, hn::IfThenElse(hn::Lt(place, hn::Set(d, 0.5)), q, p));
+  const V inRange = hn::IfThenElseZero(hn::Lt(v, hn::Set(d, 2147483648.0)), v);
+  return hn::Min(hn::Max(inRange, hn::Zero(d)), hn::Set(d, 255));
+}
+
 void RelightRow(const uint8_t* in, const uint8_t* edges, uint8_t* out, int32_t count, const EdgeLight& light) {
-  const hn::ScalableTag<double> d;
-  const hn::Rebind<uint32_t, decltype(d)> du;
-  const hn::Rebind<int32_t, decltype(d)> di;
-  using V = hn::Vec<decltype(d)>;
+  const D d;
+  const hn::Rebind<uint32_t, D> du;
+  const hn::Rebind<int32_t, D> di;
   const auto lanes = static_cast<int32_t>(hn::Lanes(d));
-  const V zero = hn::Zero(d), one = hn::Set(d, 1), half = hn::Set(d, 0.5), sixth = hn::Set(d, 1.0 / 6);
-  const V third = hn::Set(d, 1.0 / 3), top = hn::Set(d, 255), two = hn::Set(d, 2), six = hn::Set(d, 6);
-  const V limit = hn::Set(d, static_cast<double>(light.limit));
-  const V upscale = hn::Set(d, light.upscale);
-  const V rest = hn::Set(d, 1 - light.redscale);
-  const auto load = [&](const uint8_t* p) HWY_ATTR { return hn::LoadU(du, reinterpret_cast<const uint32_t*>(p)); };
-  const auto number = [&](auto word)
-                          HWY_ATTR { return hn::PromoteTo(d, hn::BitCast(di, hn::And(word, hn::Set(du, 255)))); };
+  const V zero = hn::Zero(d), one = hn::Set(d, 1), half = hn::Set(d, 0.5), two = hn::Set(d, 2);
+  const V third = hn::Set(d, 1.0 / 3), limit = hn::Set(d, static_cast<double>(light.limit));
   int32_t x = 0;
   for (; x + lanes <= count; x += lanes) {
-    const auto edge = load(edges + 4 * x);
-    const V e0 = number(edge), e1 = number(hn::ShiftRight<8>(edge)), e2 = number(hn::ShiftRight<16>(edge));
+    const auto edge = hn::LoadU(du, reinterpret_cast<const uint32_t*>(edges + 4 * x));
+    const V e0 = Channel(d, edge, 0), e1 = Channel(d, edge, 8), e2 = Channel(d, edge, 16);
     const V strength = hn::Trunc(hn::Mul(hn::Add(hn::Min(hn::Min(e0, e1), e2), hn::Max(hn::Max(e0, e1), e2)), half));
-    const auto pixel = load(in + 4 * x);
-    const V s0 = number(pixel), s1 = number(hn::ShiftRight<8>(pixel)), s2 = number(hn::ShiftRight<16>(pixel));
+    const auto pixel = hn::LoadU(du, reinterpret_cast<const uint32_t*>(in + 4 * x));
+    const V s0 = Channel(d, pixel, 0), s1 = Channel(d, pixel, 8), s2 = Channel(d, pixel, 16);
     const V high = hn::Max(hn::Max(s0, s1), s2);
     const V low = hn::Min(hn::Min(s0, s1), s2);
     const V sum = hn::Add(high, low);
-
-    const V luminance = hn::Mul(sum, half);
-    const V raised = hn::Trunc(hn::Min(hn::Max(hn::Add(luminance, hn::Mul(strength, upscale)), zero), top));
-    const V weak = light.redscale > 0 ? hn::Trunc(hn::Mul(luminance, rest)) : strength;
-    const V l = hn::IfThenElse(hn::Gt(strength, limit), raised, weak);
-
     const V range = hn::Sub(high, low);
     const auto flat = hn::Eq(range, zero);
-    const auto first = hn::Eq(high, s0), second = hn::Eq(high, s1);
-    const V spread = hn::IfThenElse(first, hn::Sub(s1, s2), hn::IfThenElse(second, hn::Sub(s2, s0), hn::Sub(s0, s1)));
-    const V base = hn::IfThenElse(first, zero, hn::IfThenElse(second, hn::Set(d, 120), hn::Set(d, 240)));
-    const V turn = hn::IfThenElse(hn::And(first, hn::Lt(spread, zero)), hn::Set(d, 360), zero);
-    const V sector = hn::Div(hn::Mul(spread, hn::Set(d, 60)), hn::IfThenElse(flat, one, range));
-    const V hue = hn::Add(hn::Trunc(hn::Add(sector, base)), turn);
+
+    const V l = LightOf(d, strength, hn::Mul(sum, half), light);
     const auto dark = hn::Lt(l, half);
     const V saturated = hn::Div(range, hn::IfThenElse(dark, sum, hn::Sub(two, sum)));
     const V saturation = hn::IfThenElse(flat, zero, saturated);
-    // Products and sums apart: a fused form would round once where the definition rounds twice.
     const V q = hn::IfThenElse(dark, hn::Mul(hn::Add(saturation, one), l),
                                hn::Sub(hn::Add(l, saturation), hn::Mul(l, saturation)));
     const V p = hn::Sub(hn::Mul(two, l), q);
-    const V rise = hn::Mul(hn::Sub(q, p), six);
+    const V place = hn::Div(HueOf(d, s0, s1, s2, high, range, flat), hn::Set(d, 360));
+    const V ahead = hn::Add(place, third);
+    const V behind = hn::Sub(place, third);
 
     // A pixel that stays takes its own bytes.
     const auto stays = light.redscale <= 0 ? hn::Not(hn::Gt(l, limit)) : hn::Lt(one, zero);
-    const auto byte = [&](V place, V own) HWY_ATTR {
-      const V ramp = hn::Add(hn::Mul(rise, place), p);
-      const V v = hn::IfThenElse(hn::Lt(place, sixth), ramp, hn::IfThenElse(hn::Lt(place, half), q, p));
-      const V inRange = hn::IfThenElseZero(hn::Lt(v, hn::Set(d, 2147483648.0)), v);
-      const V limited = hn::Min(hn::Max(inRange, zero), top);
-      return hn::BitCast(du, hn::DemoteTo(di, hn::IfThenElse(stays, own, limited)));
-    };
-    const V place = hn::Div(hue, hn::Set(d, 360));
-    const V ahead = hn::Add(place, third);
-    const V behind = hn::Sub(place, third);
-    const auto b0 = byte(hn::IfThenElse(hn::Gt(ahead, one), hn::Sub(ahead, one), ahead), s0);
-    const auto b1 = byte(place, s1);
-    const auto b2 = byte(hn::IfThenElse(hn::Lt(behind, zero), hn::Add(behind, one), behind), s2);
+    const V v0 = HueLevel(d, hn::IfThenElse(hn::Gt(ahead, one), hn::Sub(ahead, one), ahead), p, q);
+    const V v1 = HueLevel(d, place, p, q);
+    const V v2 = HueLevel(d, hn::IfThenElse(hn::Lt(behind, zero), hn::Add(behind, one), behind), p, q);
+    const auto b0 = hn::BitCast(du, hn::DemoteTo(di, hn::IfThenElse(stays, s0, v0)));
+    const auto b1 = hn::BitCast(du, hn::DemoteTo(di, hn::IfThenElse(stays, s1, v1)));
+    const auto b2 = hn::BitCast(du, hn::DemoteTo(di, hn::IfThenElse(stays, s2, v2)));
     const auto alpha = hn::And(pixel, hn::Set(du, 0xFF000000u));
     const auto word = hn::Or(hn::Or(b0, hn::ShiftLeft<8>(b1)), hn::Or(hn::ShiftLeft<16>(b2), alpha));
     hn::StoreU(word, du, reinterpret_cast<uint32_t*>(out + 4 * x));

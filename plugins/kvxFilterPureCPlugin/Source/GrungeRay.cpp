@@ -1,18 +1,18 @@
 #include "Source/GrungeRay.h"
 
-#include <array>
 #include <memory>
 
 #include "Source/Overlays.h"
 #include "framework/frame.h"
+#include "framework/pixels.h"
 
 namespace {
 
 // What the scratch plane holds, everywhere.
 constexpr int32_t kScratch = 0;
 
-std::array<uint8_t, 256> MixTable(int32_t percent) {
-  std::array<uint8_t, 256> table;
+ByteTable MixTable(int32_t percent) {
+  ByteTable table;
   for (int32_t m = 0; m < 256; ++m) {
     table[static_cast<size_t>(m)] = static_cast<uint8_t>(((100 - percent) * m + percent * kScratch) / 100);
   }
@@ -31,7 +31,7 @@ void CGrungeRay::Process(uint8_t*, uint8_t* dst, int32_t, int32_t dstStep, const
   if (!frameImage_) frameImage_ = materialFile_.TakePicture(width, height);
   if (!frameImage_) return;
   const uint8_t* m = QK_ImageBits(frameImage_.get());
-  const std::array<uint8_t, 256> mix = MixTable(percent_);
+  const ByteTable mix = MixTable(percent_);
   const FrameView out{dst, width, height, dstStep};
   for (int32_t y = 0; y < height; ++y) {
     uint8_t* p = out.Row(y);

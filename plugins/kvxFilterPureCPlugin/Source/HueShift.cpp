@@ -1,5 +1,6 @@
 #include "Source/HueShift.h"
 
+#include <array>
 #include <cmath>
 
 #include "Source/PixelMap.h"
@@ -7,6 +8,9 @@
 #include "framework/params.h"
 
 namespace {
+
+// Rows times columns, for row vectors.
+using Matrix4 = std::array<std::array<float, 4>, 4>;
 
 constexpr ParamRow kParams[] = {{u"Hue", 0, 0, 100}};
 constexpr double kDefaultLevel = 0.95;  // only reported; frames do not change it
@@ -83,15 +87,12 @@ void Transform(ConstFrameView src, FrameView dst, const Matrix4& m) {
 
 }  // namespace
 
-CHueShift::CHueShift(int32_t frameWidth, int32_t frameHeight)
-    : CBaseFilterProc(frameWidth, frameHeight), matrix_(HueRotation(0)) {}
-
 void CHueShift::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kParams, {kDefaultLevel * 100});
 }
 
 void CHueShift::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {
-  matrix_ = HueRotation(DegreesOf(Trunc32(Param(params, 1))));
   CopyRows(src, dst, width, height, srcStep, dstStep);
-  Transform({src, width, height, srcStep}, {dst, width, height, dstStep}, matrix_);
+  Transform({src, width, height, srcStep}, {dst, width, height, dstStep},
+            HueRotation(DegreesOf(Trunc32(Param(params, 1)))));
 }

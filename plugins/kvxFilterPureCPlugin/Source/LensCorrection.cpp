@@ -5,6 +5,7 @@
 
 #include "framework/frame.h"
 #include "framework/params.h"
+#include "framework/pixels.h"
 
 namespace {
 
@@ -42,8 +43,8 @@ void CorrectLens(ConstFrameView src, FrameView dst, double cx, double cy, double
         const bool inside = static_cast<uint32_t>(columns[i]) < static_cast<uint32_t>(dst.width) &&
                             static_cast<uint32_t>(rows[i]) < static_cast<uint32_t>(dst.height);
         uint32_t pixel = kOpaqueBlack;
-        if (inside) std::memcpy(&pixel, src.Pixel(columns[i], rows[i]), 4);
-        std::memcpy(out, &pixel, 4);
+        if (inside) pixel = LoadPixel(src.Pixel(columns[i], rows[i]));
+        StorePixel(out, pixel);
       }
     }
   }

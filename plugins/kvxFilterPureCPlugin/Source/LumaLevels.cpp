@@ -4,6 +4,7 @@
 
 #include "Source/PixelMap.h"
 #include "framework/numeric.h"
+#include "framework/pixels.h"
 
 namespace {
 
@@ -23,8 +24,7 @@ Histogram Count(ConstFrameView src) {
   for (int32_t y = 0; y < src.height; ++y) {
     const uint8_t* in = src.Row(y);
     for (int32_t x = 0; x < src.width; ++x) {
-      uint32_t pixel;
-      std::memcpy(&pixel, in + 4 * x, 4);
+      uint32_t pixel = LoadPixel(in + 4 * x);
       ++parts[static_cast<size_t>(x & 3)][LumaOf(pixel)];
     }
   }

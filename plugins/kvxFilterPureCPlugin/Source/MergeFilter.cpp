@@ -19,11 +19,18 @@ struct MergeRow {
 };
 
 constexpr MergeRow kMergeRows[] = {
-    {193, 2049}, {194, 2050}, {196, 2052}, {197, 2053}, {198, 2054}, {199, 2055}, {200, 2056}, {201, 2057}, {202, 2058},
-    {203, 2059}, {204, 2060}, {205, 2061}, {207, 2063}, {208, 2064}, {209, 2065}, {210, 2066}, {216, 2072}, {217, 2073},
-    {221, 2077}, {225, 2081}, {241, 2097}, {242, 2098}, {243, 2099}, {251, 2107}, {254, 2110}, {280, 2136}, {294, 2150},
-    {313, 2169}, {321, 2177}, {330, 2186}, {332, 2188}, {335, 2191}, {338, 2193}, {339, 2194}, {340, 2195}, {341, 2196},
-    {342, 2197}, {343, 2198}, {344, 2199}, {345, 2200}, {346, 2201}, {347, 2202}, {348, 2203}, {349, 2204}, {350, 2205},
+    {193, code::kTint},          {194, code::kAlphaOver},      {196, code::kAncientCanvas}, {197, code::kFilter1},
+    {198, code::kOldPaper},      {199, code::kVignette1},      {200, code::kVignette2},     {201, code::kVignette3},
+    {202, code::kVignette4},     {203, code::kVignette5},      {204, code::kVignette6},     {205, code::kWaterDrop3},
+    {207, code::kOldTv},         {208, code::kStencilRed},     {209, code::kStencilGreen},  {210, code::kStencilBlue},
+    {216, code::kHardLight},     {217, code::kColorExplosion}, {221, code::kBubble4},       {225, code::kHardMix},
+    {241, code::kLinearDodge},   {242, code::kShine2},         {243, code::kRaindropAdd},   {251, code::kDodge},
+    {254, code::kDarken},        {280, code::kVignetteWhite},  {294, code::kScreen},        {313, code::kSoftLight},
+    {321, code::kLinearPercent}, {330, code::kBurntPaper},     {332, code::kLinearBurn},    {335, code::kLinearLight},
+    {338, code::kColorTune1},    {339, code::kColorTune2},     {340, code::kColorTune3},    {341, code::kColorTune4},
+    {342, code::kColorTune5},    {343, code::kDarkCorners},    {344, code::kCharcoal},      {345, code::kLiftedScreen},
+    {346, code::kFocusColor},    {347, code::kRadialOverlay},  {348, code::kOldPhoto},      {349, code::kCanvasDrawing},
+    {350, code::kPencilDrawing},
 };
 
 constexpr ParamRow kPercentParams[] = {{u"Percent", 0, 0, 100}};
@@ -34,9 +41,12 @@ enum class MergeParams { kNone, kPercent, kColor, kPosition };
 
 MergeParams ParamsOf(uint32_t code) {
   const auto between = [code](uint32_t first, uint32_t last) { return code >= first && code <= last; };
-  if (between(2081, 2093) || between(2177, 2184)) return MergeParams::kPercent;
-  if (code == 2049 || between(2064, 2066) || between(2187, 2189)) return MergeParams::kColor;
-  if (code == 2201) return MergeParams::kPosition;
+  if (between(code::kHardMix, code::kHardMixLast) || between(code::kLinearPercent, code::kLinearPercentLast))
+    return MergeParams::kPercent;
+  if (code == code::kTint || between(code::kStencilRed, code::kStencilBlue) ||
+      between(code::kLinearBurnFirst, code::kLinearBurnLast))
+    return MergeParams::kColor;
+  if (code == code::kFocusColor) return MergeParams::kPosition;
   return MergeParams::kNone;
 }
 

@@ -1,15 +1,13 @@
 #include "Source/MergeFilterWithLight.h"
 
-#include <array>
 #include <mutex>
 
+#include "Source/ToneTable.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
 
 namespace {
-
-using ByteTable = std::array<uint8_t, 256>;
 
 // The spelling is meant: hosts and catalogues know the parameters so.
 constexpr ParamRow kAdaptiveParams[] = {
@@ -37,15 +35,6 @@ ByteTable LevelsTable(int32_t low, int32_t high) {
   const double slope = WrapSub(high, low) / 255.0;
   ByteTable table;
   for (int32_t i = 0; i < 256; ++i) table[static_cast<size_t>(i)] = TruncByte(i * slope + low);
-  return table;
-}
-
-ByteTable ContrastTable(int32_t c) {
-  ByteTable table;
-  for (int32_t i = 0; i < 256; ++i) {
-    const int32_t v = i < 128 ? WrapSub(i, WrapMul(c, 128 - i) >> 8) : WrapAdd(i, WrapMul(c, i - 128) >> 8);
-    table[static_cast<size_t>(i)] = static_cast<uint8_t>(ClampInt(v, 0, 255));
-  }
   return table;
 }
 

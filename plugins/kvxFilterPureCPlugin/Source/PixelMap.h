@@ -2,12 +2,11 @@
 #ifndef KVX_SOURCE_PIXEL_MAP_H_
 #define KVX_SOURCE_PIXEL_MAP_H_
 
-#include <array>
 #include <cstdint>
-#include <cstring>
 
 #include "framework/frame.h"
 #include "framework/pixel_kernels.h"
+#include "framework/pixels.h"
 
 // Every pixel through `pixelOf`, which takes and gives 0xAARRGGBB: byte 0 in the low bits, byte 3 in the high ones.
 template <typename PixelOf>
@@ -16,15 +15,10 @@ void MapPixels(ConstFrameView src, FrameView dst, PixelOf pixelOf) {
     const uint8_t* in = src.Row(y);
     uint8_t* out = dst.Row(y);
     for (int32_t x = 0; x < dst.width; ++x) {
-      uint32_t pixel;
-      std::memcpy(&pixel, in + 4 * x, 4);
-      pixel = pixelOf(pixel);
-      std::memcpy(out + 4 * x, &pixel, 4);
+      StorePixel(out + 4 * x, pixelOf(LoadPixel(in + 4 * x)));
     }
   }
 }
-
-using ByteTable = std::array<uint8_t, 256>;
 
 // Bytes 0, 1 and 2 of every pixel each through a table of its own, byte 3 copied.
 inline void MapBytes(ConstFrameView src, FrameView dst, const ByteTable& table0, const ByteTable& table1,

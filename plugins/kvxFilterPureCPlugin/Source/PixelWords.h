@@ -1,24 +1,14 @@
-// Pixels as 32-bit words 0xAARRGGBB, and runs of them.
+// Runs of pixels.
 #ifndef KVX_SOURCE_PIXEL_WORDS_H_
 #define KVX_SOURCE_PIXEL_WORDS_H_
 
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "framework/frame.h"
+#include "framework/pixels.h"
 
 inline constexpr uint32_t kOpaqueBlack = 0xFF000000;
-
-inline uint32_t LoadPixel(const uint8_t* row, int32_t x) {
-  uint32_t pixel;
-  std::memcpy(&pixel, row + 4 * static_cast<ptrdiff_t>(x), 4);
-  return pixel;
-}
-
-inline void StorePixel(uint8_t* row, int32_t x, uint32_t pixel) {
-  std::memcpy(row + 4 * static_cast<ptrdiff_t>(x), &pixel, 4);
-}
 
 // `count` pixels; none if it is not above 0.
 inline void CopyPixels(const uint8_t* src, uint8_t* dst, int32_t count) {

@@ -6,6 +6,7 @@
 #include "framework/numeric.h"
 #include "framework/params.h"
 #include "framework/pixel_kernels.h"
+#include "framework/pixels.h"
 
 namespace {
 
@@ -16,10 +17,9 @@ void InvertColor(ConstFrameView src, FrameView dst) {
     const uint8_t* in = src.Row(y);
     uint8_t* out = dst.Row(y);
     for (int32_t x = 0; x < dst.width; ++x) {
-      uint32_t pixel;
-      std::memcpy(&pixel, in + 4 * x, 4);
+      uint32_t pixel = LoadPixel(in + 4 * x);
       pixel ^= 0x00FFFFFF;
-      std::memcpy(out + 4 * x, &pixel, 4);
+      StorePixel(out + 4 * x, pixel);
     }
   }
 }

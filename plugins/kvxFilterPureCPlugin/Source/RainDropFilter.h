@@ -2,10 +2,9 @@
 #ifndef KVX_SOURCE_RAIN_DROP_FILTER_H_
 #define KVX_SOURCE_RAIN_DROP_FILTER_H_
 
-#include <array>
 #include <cstdint>
 
-#include "framework/zeroed_array.h"
+#include "Source/WaterSurface.h"
 #include "kvx/processor.h"
 
 class CRainDrop : public CBaseFilterProc {
@@ -15,17 +14,13 @@ class CRainDrop : public CBaseFilterProc {
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
  private:
-  bool Allocate();
-  uint32_t NextRandom();
   void LetFall(int32_t x, int32_t y, int32_t radius);
 
   int32_t radius_ = 100;
   int32_t density_ = 2;
   int32_t dropHeight_ = 321;
-  uint32_t seed_ = 0;
-  std::array<ZeroedArray<int32_t>, 2> heights_;  // the water's height now and one frame ago, by turns
-  uint32_t page_ = 0;                            // the one that is now
-  ZeroedArray<uint8_t> picture_;                 // the source, packed
+  WaterRandom random_;
+  WaterSurface surface_{width, height};
 };
 
 #endif  // KVX_SOURCE_RAIN_DROP_FILTER_H_

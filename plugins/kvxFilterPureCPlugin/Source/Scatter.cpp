@@ -31,14 +31,14 @@ void Displace(ConstFrameView src, FrameView dst, int32_t range, Rand& rand) {
 }
 
 // `count` opaque pixels. Five draws for each, used or not.
-void Sprinkle(FrameView dst, int64_t count, bool coloured, Rand& rand) {
+void Sprinkle(FrameView dst, int64_t count, bool colored, Rand& rand) {
   for (int64_t i = 0; i < count; ++i) {
     const int32_t x = rand.Next() % dst.width;
     const int32_t y = rand.Next() % dst.height;
     const uint32_t a = static_cast<uint32_t>(rand.Next()) % 256;
     const uint32_t b = static_cast<uint32_t>(rand.Next()) % 256;
     const uint32_t c = static_cast<uint32_t>(rand.Next()) % 256;
-    const uint32_t pixel = 0xFF000000 | a << 16 | (coloured ? b << 8 | c : a << 8 | a);
+    const uint32_t pixel = 0xFF000000 | a << 16 | (colored ? b << 8 | c : a << 8 | a);
     std::memcpy(dst.Pixel(x, y), &pixel, 4);
   }
 }
@@ -58,7 +58,7 @@ void CCanvas::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamV
 }
 
 void CNoiseFilter::GetParamDesc(FilterParamDesc* desc, int32_t index) {
-  DescribeParam(desc, index, kNoiseParams, {fraction_ * 100, static_cast<double>(coloured_)});
+  DescribeParam(desc, index, kNoiseParams, {fraction_ * 100, static_cast<double>(colored_)});
 }
 
 // The noise lies in the destination taken as one run, even where its rows are further apart.
@@ -66,11 +66,11 @@ void CNoiseFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
                            const ParamValueArray* params) {
   if (!src || !dst || !params || params->effectId != kNoiseId) return;
   fraction_ = Param(params, 1) / 100;
-  coloured_ = Trunc32(Param(params, 2));
+  colored_ = Trunc32(Param(params, 2));
   CopyRows(src, dst, width, height, srcStep, dstStep);
   if (width <= 0 || height <= 0) return;
   const int64_t most = kMostPasses * width * height;
   const int64_t count = std::min<int64_t>(Trunc32(width * fraction_ * height), most);
   Rand rand;
-  Sprinkle(PackedDest(dst, width, height), count, coloured_ != 0, rand);
+  Sprinkle(PackedDest(dst, width, height), count, colored_ != 0, rand);
 }

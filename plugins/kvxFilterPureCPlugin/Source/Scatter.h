@@ -24,7 +24,7 @@ class CNoiseFilter : public CBaseFilterProc {
 
  private:
   double fraction_ = 0.03;  // parameter / 100
-  int32_t coloured_ = 1;
+  int32_t colored_ = 1;
 };
 
 #endif  // KVX_SOURCE_SCATTER_H_

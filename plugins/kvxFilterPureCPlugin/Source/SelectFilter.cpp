@@ -25,14 +25,14 @@ void KeyOut(ConstFrameView src, FrameView dst) {
 }
 
 constexpr float kByte = 0.00392157f;
-constexpr float kColour = 0.8f;
+constexpr float kColor = 0.8f;
 constexpr float kInverseTolerance = 1.0f / 0.2f;
 
 // A soft-edged ball about a light gray, inverted, joined with the source's alpha.
 void Select(ConstFrameView src, FrameView dst) {
   MapPixels(src, dst, [](uint32_t pixel) {
     const auto away = [](uint32_t byte) {
-      return (static_cast<float>(static_cast<int32_t>(byte)) * kByte - kColour) * kInverseTolerance;
+      return (static_cast<float>(static_cast<int32_t>(byte)) * kByte - kColor) * kInverseTolerance;
     };
     const float e0 = away(pixel & 255);
     const float e1 = away(pixel >> 8 & 255);

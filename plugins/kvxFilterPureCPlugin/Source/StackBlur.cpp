@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "framework/numeric.h"
+#include "framework/pixels.h"
 #include "framework/transpose.h"
 
 // All of this file is compiled once for each vector target. Its loops are plain, so that all targets give the same
@@ -96,14 +97,13 @@ void BlurStrip(FrameView strip, int32_t radius, uint8_t* ring) {
     // Limit bytes 0 to 2 by byte 3, a pixel at a time as one word; 255 in byte 3 lets it come out as it is.
     uint8_t limit[kLanes];
     for (int32_t x = 0; x < strip.width; ++x) {
-      uint32_t pixel;
-      std::memcpy(&pixel, row + 4 * x, 4);
+      uint32_t pixel = LoadPixel(row + 4 * x);
       const uint32_t alpha = pixel >> 24;
       const uint32_t alphas = alpha | alpha << 8 | alpha << 16 | alpha << 24;
-      std::memcpy(limit + 4 * x, &alphas, 4);
-      std::memcpy(&pixel, blurred + 4 * x, 4);
+      StorePixel(limit + 4 * x, alphas);
+      pixel = LoadPixel(blurred + 4 * x);
       pixel |= 0xFF000000u;
-      std::memcpy(blurred + 4 * x, &pixel, 4);
+      StorePixel(blurred + 4 * x, pixel);
     }
     for (int32_t j = 0; j < lanes; ++j) row[j] = std::min(blurred[j], limit[j]);
     slot = slot == radius ? 0 : slot + 1;

@@ -31,8 +31,8 @@ int32_t Scale(int32_t a, int32_t b) {
   return WrapMul(a, b) >> 8;
 }
 
-ToneTable BrightnessTable(int32_t level) {
-  ToneTable table;
+ByteTable BrightnessTable(int32_t level) {
+  ByteTable table;
   for (int32_t i = 0; i < 256; ++i) {
     // 256 - i, not 255 - i: entry 255 still receives level >> 8.
     table[i] = static_cast<uint8_t>(level >= 0 ? CLAMP0255(WrapAdd(i, Scale(256 - i, level)))
@@ -41,33 +41,24 @@ ToneTable BrightnessTable(int32_t level) {
   return table;
 }
 
-ToneTable ContrastTable(int32_t level) {
-  ToneTable table;
-  for (int32_t i = 0; i < 256; ++i) {
-    table[i] = static_cast<uint8_t>(i < 128 ? CLAMP0255(WrapSub(i, Scale(128 - i, level)))
-                                            : CLAMP0255(WrapAdd(i, Scale(i - 128, level))));
-  }
-  return table;
-}
-
-ToneTable GammaTable(double gamma) {
+ByteTable GammaTable(double gamma) {
   const double exponent = 1 / gamma;
   const double divisor = std::pow(255.0, exponent) / 255;
-  ToneTable table;
+  ByteTable table;
   for (int32_t i = 0; i < 256; ++i) {
     table[i] = static_cast<uint8_t>(ClampInt(Trunc32(std::pow(static_cast<double>(i), exponent) / divisor), 0, 255));
   }
   return table;
 }
 
-ToneTable ThresHoldTable(uint8_t threshold) {
-  ToneTable table;
+ByteTable ThresHoldTable(uint8_t threshold) {
+  ByteTable table;
   for (int32_t i = 0; i < 256; ++i) table[i] = threshold > 254 || i < threshold ? 0 : 255;
   return table;
 }
 
 // Bytes 0 to 2 of every pixel through the table, byte 3 copied.
-void MapTone(ConstFrameView src, FrameView dst, const ToneTable& table) {
+void MapTone(ConstFrameView src, FrameView dst, const ByteTable& table) {
   for (int32_t y = 0; y < dst.height; ++y) {
     MapRow(src.Row(y), dst.Row(y), dst.width, {table.data(), table.data(), table.data()});
   }
@@ -75,8 +66,14 @@ void MapTone(ConstFrameView src, FrameView dst, const ToneTable& table) {
 
 }  // namespace
 
-CBrightness::CBrightness(int32_t frameWidth, int32_t frameHeight)
-    : CBaseFilterProc(frameWidth, frameHeight), table_(BrightnessTable(level_)) {}
+ByteTable ContrastTable(int32_t level) {
+  ByteTable table;
+  for (int32_t i = 0; i < 256; ++i) {
+    table[i] = static_cast<uint8_t>(i < 128 ? CLAMP0255(WrapSub(i, Scale(128 - i, level)))
+                                            : CLAMP0255(WrapAdd(i, Scale(i - 128, level))));
+  }
+  return table;
+}
 
 void CBrightness::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kBrightnessParams, {PercentOf(level_)});
@@ -84,12 +81,8 @@ void CBrightness::GetParamDesc(FilterParamDesc* desc, int32_t index) {
 
 void CBrightness::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
   level_ = LevelOf(Param(params, 1));
-  table_ = BrightnessTable(level_);
-  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
+  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), BrightnessTable(level_));
 }
-
-CContrast::CContrast(int32_t frameWidth, int32_t frameHeight)
-    : CBaseFilterProc(frameWidth, frameHeight), table_(ContrastTable(level_)) {}
 
 void CContrast::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kContrastParams, {PercentOf(level_)});
@@ -97,12 +90,8 @@ void CContrast::GetParamDesc(FilterParamDesc* desc, int32_t index) {
 
 void CContrast::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
   level_ = LevelOf(Param(params, 1));
-  table_ = ContrastTable(level_);
-  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
+  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), ContrastTable(level_));
 }
-
-CGamma::CGamma(int32_t frameWidth, int32_t frameHeight)
-    : CBaseFilterProc(frameWidth, frameHeight), table_(GammaTable(gamma_)) {}
 
 // Reports the field as it is: 50 before the first frame, the divided value after it.
 void CGamma::GetParamDesc(FilterParamDesc* desc, int32_t index) {
@@ -111,12 +100,8 @@ void CGamma::GetParamDesc(FilterParamDesc* desc, int32_t index) {
 
 void CGamma::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
   gamma_ = Param(params, 1) / 50;
-  table_ = GammaTable(gamma_);
-  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
+  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), GammaTable(gamma_));
 }
-
-CThresHold::CThresHold(int32_t frameWidth, int32_t frameHeight)
-    : CBaseFilterProc(frameWidth, frameHeight), table_(ThresHoldTable(threshold_)) {}
 
 void CThresHold::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   DescribeParam(desc, index, kThresHoldParams, {static_cast<double>(threshold_)});
@@ -124,6 +109,5 @@ void CThresHold::GetParamDesc(FilterParamDesc* desc, int32_t index) {
 
 void CThresHold::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
   threshold_ = TruncByte(Param(params, 1));
-  table_ = ThresHoldTable(threshold_);
-  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), table_);
+  MapTone(PackedSource(src, width, height), PackedDest(dst, width, height), ThresHoldTable(threshold_));
 }

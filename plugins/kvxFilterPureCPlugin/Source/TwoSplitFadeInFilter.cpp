@@ -28,8 +28,6 @@ void Tint(ConstFrameView src, FrameView dst) {
   for (int32_t y = 0; y < dst.height; ++y) AddOffsets(src.Row(y), offsets, dst.Row(y));
 }
 
-using ByteTable = std::array<uint8_t, 256>;
-
 ByteTable FadeTable(double progress, int32_t tint) {
   ByteTable table;
   for (int32_t i = 0; i < 256; ++i) table[static_cast<size_t>(i)] = TruncByte(std::min(255.0, i * progress + tint));

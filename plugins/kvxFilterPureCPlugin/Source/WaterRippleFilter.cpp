@@ -13,7 +13,7 @@ constexpr ParamRow kParams[] = {{u"Level", 0, 0, 100}, {u"Height", 0, 0, 1000}};
 
 // Raised, like the rim of a splash: highest at the centre, falling to 1 step at the edge.
 void RippleDrop(WaterSurface& surface, int32_t x, int32_t y, int32_t r, int32_t height) {
-  surface.AddDrop(x, y, r,
+  surface.AddDrop(x, y, r, WaterRim::kNone,
                   [=](uint32_t distance) { return Trunc32((static_cast<double>(r) - ISqrt(distance)) * height); });
 }
 

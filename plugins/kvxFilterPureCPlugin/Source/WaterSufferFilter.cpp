@@ -68,7 +68,7 @@ void CWaterSuffer::SineDrop(int32_t x, int32_t y, int32_t r, int32_t amount) {
   const float q = static_cast<float>((1024.0 / r) * (1024.0 / r));
   const int32_t shift = width <= 1024 ? 19 : 17;
   const auto& cosine = WaterTables::Get().cosineTable;
-  surface_.AddDrop(x, y, r, [&](uint32_t distance) {
+  surface_.AddDrop(x, y, r, WaterRim::kNone, [&](uint32_t distance) {
     const uint32_t angle = ISqrt(static_cast<uint32_t>(static_cast<float>(distance) * q)) & 0x7FF;
     return ((cosine[angle] + 65535) * amount) >> shift;
   });

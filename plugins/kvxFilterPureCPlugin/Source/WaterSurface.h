@@ -41,6 +41,9 @@ struct WaterRefraction {
   bool onePastEnd;  // also a source position just behind the last pixel, which then is the last pixel
 };
 
+// Which cells drops fall on: never the first row and column, and the last ones with one class only.
+enum class WaterRim { kNone, kLast };
+
 class WaterSurface {
  public:
   WaterSurface(int32_t frameWidth, int32_t frameHeight);
@@ -55,10 +58,9 @@ class WaterSurface {
   uint8_t* Copy() { return reinterpret_cast<uint8_t*>(copy_.Data()); }
   int32_t CopyStep() const { return width_ * 4; }
 
-  // Adds heightOf(squared distance) to every cell of the newest field nearer than `r` to (x, y), the rim of the frame
-  // left out.
+  // Adds heightOf(squared distance) to every cell of the newest field nearer than `r` to (x, y), within `rim`.
   template <typename HeightOf>
-  void AddDrop(int32_t x, int32_t y, int32_t r, HeightOf heightOf);
+  void AddDrop(int32_t x, int32_t y, int32_t r, WaterRim rim, HeightOf heightOf);
 
   // Writes what `dst` shows of the copy through the newest field. Pixels whose source position lies outside stay.
   void Displace(FrameView dst, const WaterRefraction& refraction) const;
@@ -79,14 +81,15 @@ class WaterSurface {
 };
 
 template <typename HeightOf>
-void WaterSurface::AddDrop(int32_t x, int32_t y, int32_t r, HeightOf heightOf) {
+void WaterSurface::AddDrop(int32_t x, int32_t y, int32_t r, WaterRim rim, HeightOf heightOf) {
   int32_t* field = Field(current_);
   const int64_t radius = r;
   const int64_t square = radius * radius;
+  const int32_t last = rim == WaterRim::kLast ? 1 : 0;
   const int64_t left = std::max(-radius, int64_t{1} - x);
-  const int64_t right = std::min(radius, int64_t{width_} - x - 1);
+  const int64_t right = std::min(radius, int64_t{width_} - x - 1 + last);
   const int64_t top = std::max(-radius, int64_t{1} - y);
-  const int64_t bottom = std::min(radius, int64_t{height_} - y - 1);
+  const int64_t bottom = std::min(radius, int64_t{height_} - y - 1 + last);
   for (int64_t dy = top; dy < bottom; ++dy) {
     const int64_t index = (y + dy) * width_ + x;
     for (int64_t dx = left; dx < right; ++dx) {

@@ -50,5 +50,5 @@ void CWaterSwirl::Stir() {
   const int32_t r = radius_ >> 2;
   if (x < 0) x = WrapAdd(r + 1, random_.Below(2 * r + 1));
   if (y < 0) y = WrapAdd(r + 1, random_.Below(2 * r + 1));
-  surface_.AddDrop(x, y, r, [this](uint32_t) { return dropValue_; });
+  surface_.AddDrop(x, y, r, WaterRim::kNone, [this](uint32_t) { return dropValue_; });
 }

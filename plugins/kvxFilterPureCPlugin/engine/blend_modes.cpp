@@ -172,12 +172,24 @@ int32_t BurntPaper(EngineRecord&, const BlendImages& images) {
 
 std::span<const BlendMode> BlendModes() {
   static constexpr BlendMode kModes[] = {
-      {2049, 2049, Tint, false},     {2050, 2050, AlphaOver},       {2052, 2061, Multiply},
-      {2063, 2063, LumaMultiply},    {2064, 2066, StencilMultiply}, {2067, 2070, ChannelGate},
-      {2072, 2078, Overlay},         {2081, 2093, HardMix},         {2096, 2104, Add},
-      {2107, 2107, Dodge},           {2110, 2113, Darken},          {2116, 2166, Screen},
-      {2169, 2174, SoftLight},       {2177, 2184, LinearPercent},   {2186, 2186, BurntPaper},
-      {2187, 2189, LinearBurnColor}, {2191, 2191, LinearLight},     {2202, 2202, Overlay},
+      {code::kTint, code::kTint, Tint, false},
+      {code::kAlphaOver, code::kAlphaOver, AlphaOver},
+      {code::kAncientCanvas, code::kWaterDrop3, Multiply},
+      {code::kOldTv, code::kOldTv, LumaMultiply},
+      {code::kStencilRed, code::kStencilBlue, StencilMultiply},
+      {code::kAlphaGate, code::kBlueGate, ChannelGate},
+      {code::kHardLight, code::kOverlayLast, Overlay},
+      {code::kHardMix, code::kHardMixLast, HardMix},
+      {code::kAddFirst, code::kAddLast, Add},
+      {code::kDodge, code::kDodge, Dodge},
+      {code::kDarken, code::kDarkenLast, Darken},
+      {code::kScreenFirst, code::kScreenLast, Screen},
+      {code::kSoftLight, code::kSoftLightLast, SoftLight},
+      {code::kLinearPercent, code::kLinearPercentLast, LinearPercent},
+      {code::kBurntPaper, code::kBurntPaper, BurntPaper},
+      {code::kLinearBurnFirst, code::kLinearBurnLast, LinearBurnColor},
+      {code::kLinearLight, code::kLinearLight, LinearLight},
+      {code::kRadialOverlay, code::kRadialOverlay, Overlay},
   };
   return kModes;
 }

@@ -13,9 +13,7 @@ namespace film {
 namespace {
 
 uint32_t PixelWord(const EngineImage& image, int32_t x, int32_t y) {
-  uint32_t word;
-  std::memcpy(&word, image.Row(y) + 4 * x, 4);
-  return word;
+  return LoadPixel(image.Row(y), x);
 }
 
 // The block takes one colour. A row of it that is longer than what is left of the frame's row runs on into the next

@@ -13,7 +13,7 @@ namespace {
 
 // Codes 7 to 10: keep one channel. The level that the shells pass is not used.
 int32_t KeepChannel(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
-  record.channel = static_cast<int32_t>(record.code) - 7;
+  record.channel = static_cast<int32_t>(record.code - code::kBlueChannel);
   const uint32_t mask = 0xFF000000u | 0xFFu << (8 * record.channel);
   MapWords(from, image, [mask](uint32_t pixel) { return pixel & mask; });
   return kEngineDone;
@@ -71,7 +71,7 @@ int32_t Thermal(EngineRecord&, const EngineImage& from, const EngineImage& image
 int32_t Tritone(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   static constexpr uint8_t kColors[2][3][3] = {{{0, 0, 255}, {0, 255, 0}, {255, 0, 0}},
                                                {{255, 0, 255}, {0, 255, 255}, {255, 255, 0}}};
-  const auto& colors = kColors[record.code == 17];
+  const auto& colors = kColors[record.code == code::kTritone2];
   CurveSet set;
   for (int32_t v = 0; v < 256; ++v) {
     const int32_t band = v >> 4;
@@ -94,7 +94,7 @@ int32_t Solarize(EngineRecord&, const EngineImage& from, const EngineImage& imag
 // Codes 25 to 28: colour temperature, each with a level of its own.
 int32_t Temperature(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   static constexpr int32_t kLevels[] = {10, 30, 65, 80};
-  record.level = kLevels[record.code - 25];
+  record.level = kLevels[record.code - code::kCold];
   const CurveSet set = TemperatureCurves(record.level);
   MapChannels(from, image, set.blue.data(), set.green.data(), set.red.data());
   return kEngineDone;
@@ -134,7 +134,7 @@ int32_t NamedColor(EngineRecord& record, const EngineImage& from, const EngineIm
       {255, 0, 255},    // fuchsia
       {255, 255, 0},    // cyan
   };
-  const Color& color = kColors[record.code - 30];
+  const Color& color = kColors[record.code - code::kBrown];
   record.colorBlue = color.blue;
   record.colorGreen = color.green;
   record.colorRed = color.red;
@@ -197,25 +197,26 @@ struct CurveLook {
   CurveKnots red;
 };
 
-constexpr CurveLook kCrossProcess = {52, {60, 97, 148, 186, 209}, {0, 88, 184, 236, 255}, {0, 51, 194, 254, 255}};
+constexpr CurveLook kCrossProcess = {
+    code::kCrossProcess, {60, 97, 148, 186, 209}, {0, 88, 184, 236, 255}, {0, 51, 194, 254, 255}};
 
 constexpr CurveLook kCurveLooks[] = {
-    {49, {105, 151, 218, 254, 255}, {25, 101, 174, 228, 249}, {25, 90, 178, 224, 235}},
-    {51, {0, 41, 86, 175, 229}, {0, 59, 121, 191, 250}, {0, 76, 161, 211, 255}},
+    {code::kJapanese, {105, 151, 218, 254, 255}, {25, 101, 174, 228, 249}, {25, 90, 178, 224, 235}},
+    {code::kMovie, {0, 41, 86, 175, 229}, {0, 59, 121, 191, 250}, {0, 76, 161, 211, 255}},
     kCrossProcess,
-    {53, {57, 96, 135, 164, 192}, {21, 78, 131, 189, 243}, {0, 60, 146, 220, 255}},
-    {55, {114, 114, 128, 204, 253}, {0, 52, 128, 204, 236}, {0, 52, 128, 186, 187}},
-    {67, {69, 69, 92, 114, 122}, {36, 67, 137, 180, 192}, {43, 132, 210, 243, 254}},
-    {68, {62, 62, 134, 192, 217}, {1, 69, 172, 227, 254}, {104, 151, 208, 236, 254}},
-    {69, {97, 126, 154, 169, 173}, {37, 97, 170, 209, 222}, {57, 69, 188, 242, 254}},
-    {74, {104, 149, 192, 219, 232}, {20, 55, 175, 220, 235}, {35, 90, 178, 216, 235}},
-    {80, {34, 128, 195, 234, 252}, {5, 88, 171, 224, 253}, {0, 68, 155, 217, 253}},
-    {81, {0, 81, 176, 232, 255}, {0, 0, 134, 220, 255}, {0, 39, 140, 222, 255}},
+    {code::kRetro, {57, 96, 135, 164, 192}, {21, 78, 131, 189, 243}, {0, 60, 146, 220, 255}},
+    {code::kCinnamon, {114, 114, 128, 204, 253}, {0, 52, 128, 204, 236}, {0, 52, 128, 186, 187}},
+    {code::kSunFlower, {69, 69, 92, 114, 122}, {36, 67, 137, 180, 192}, {43, 132, 210, 243, 254}},
+    {code::kRomantic, {62, 62, 134, 192, 217}, {1, 69, 172, 227, 254}, {104, 151, 208, 236, 254}},
+    {code::kHoliday, {97, 126, 154, 169, 173}, {37, 97, 170, 209, 222}, {57, 69, 188, 242, 254}},
+    {code::kPurpleLomo, {104, 149, 192, 219, 232}, {20, 55, 175, 220, 235}, {35, 90, 178, 216, 235}},
+    {code::kBlueTears, {34, 128, 195, 234, 252}, {5, 88, 171, 224, 253}, {0, 68, 155, 217, 253}},
+    {code::kPurpleLove, {0, 81, 176, 232, 255}, {0, 0, 134, 220, 255}, {0, 39, 140, 222, 255}},
 };
 
 CurveSet MakeCurveSet(const CurveLook& look) {
   CurveSet set{MakeCurve(look.blue), MakeCurve(look.green), MakeCurve(look.red)};
-  if (look.code == 53) {
+  if (look.code == code::kRetro) {
     // The blue curve is measured, not smooth: its last three entries are known and go up and down.
     static constexpr CurvePoint kMeasured[] = {{0, 57},    {64, 96},   {128, 135}, {192, 164},
                                                {253, 195}, {254, 199}, {255, 192}};
@@ -271,16 +272,52 @@ void SineContrast(const EngineImage& from, const EngineImage& image, int32_t n) 
 
 std::span<const DirectLook> ColorToneLooks() {
   static constexpr DirectLook kLooks[] = {
-      {5, Exposure},     {7, KeepChannel},  {8, KeepChannel}, {9, KeepChannel},  {10, KeepChannel},
-      {11, GrayScale},   {12, Binary},      {13, XRays},      {14, Negative},    {15, Thermal},
-      {16, Tritone},     {17, Tritone},     {18, Solarize},   {25, Temperature}, {26, Temperature},
-      {27, Temperature}, {28, Temperature}, {29, Colorize},   {30, NamedColor},  {31, NamedColor},
-      {32, NamedColor},  {33, NamedColor},  {34, NamedColor}, {35, NamedColor},  {36, NamedColor},
-      {37, NamedColor},  {38, NamedColor},  {39, NamedColor}, {40, NamedColor},  {41, NamedColor},
-      {42, NamedColor},  {43, HoodWink},    {49, MapCurves},  {50, CyanBlue},    {51, MapCurves},
-      {52, MapCurves},   {53, MapCurves},   {55, MapCurves},  {59, Lnk},         {64, SineContrastLook},
-      {67, MapCurves},   {68, MapCurves},   {69, MapCurves},  {74, MapCurves},   {80, MapCurves},
-      {81, MapCurves},
+      {code::kExposure, Exposure},
+      {code::kBlueChannel, KeepChannel},
+      {code::kGreenChannel, KeepChannel},
+      {code::kRedChannel, KeepChannel},
+      {code::kAlphaChannel, KeepChannel},
+      {code::kGrayScale, GrayScale},
+      {code::kBinary, Binary},
+      {code::kXRays, XRays},
+      {code::kNegative, Negative},
+      {code::kThermal, Thermal},
+      {code::kTritone, Tritone},
+      {code::kTritone2, Tritone},
+      {code::kSolarize, Solarize},
+      {code::kCold, Temperature},
+      {code::kCool, Temperature},
+      {code::kWarm, Temperature},
+      {code::kHot, Temperature},
+      {code::kOneColor, Colorize},
+      {code::kBrown, NamedColor},
+      {code::kChocolate, NamedColor},
+      {code::kWheat, NamedColor},
+      {code::kLinen, NamedColor},
+      {code::kPurple, NamedColor},
+      {code::kOlive, NamedColor},
+      {code::kTeal, NamedColor},
+      {code::kBlue, NamedColor},
+      {code::kGreen, NamedColor},
+      {code::kRed, NamedColor},
+      {code::kYellow, NamedColor},
+      {code::kFuchsia, NamedColor},
+      {code::kCyan, NamedColor},
+      {code::kHoodWink, HoodWink},
+      {code::kJapanese, MapCurves},
+      {code::kCyanBlue, CyanBlue},
+      {code::kMovie, MapCurves},
+      {code::kCrossProcess, MapCurves},
+      {code::kRetro, MapCurves},
+      {code::kCinnamon, MapCurves},
+      {code::kLnk, Lnk},
+      {code::kSineContrast, SineContrastLook},
+      {code::kSunFlower, MapCurves},
+      {code::kRomantic, MapCurves},
+      {code::kHoliday, MapCurves},
+      {code::kPurpleLomo, MapCurves},
+      {code::kBlueTears, MapCurves},
+      {code::kPurpleLove, MapCurves},
   };
   return kLooks;
 }

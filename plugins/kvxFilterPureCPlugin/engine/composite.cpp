@@ -43,10 +43,6 @@ int32_t FourSeasons(EngineRecord&, const EngineImage& image) {
   return kEngineDone;
 }
 
-int32_t Luma1024(const uint8_t* p) {
-  return (306 * p[2] + 601 * p[1] + 117 * p[0] + 512) >> 10;
-}
-
 // A part of the way to grey.
 int32_t SimpleElegant(EngineRecord&, const EngineImage& image) {
   constexpr int32_t kGrayShare = 122;  // of 256: 0.48, cut
@@ -250,10 +246,23 @@ int32_t Aegean(EngineRecord& record, const EngineImage& image) {
 
 std::span<const LookRoutine> CompositeRoutines() {
   static constexpr LookRoutine kRoutines[] = {
-      {65, FourSeasons}, {66, SketchInPhoto}, {71, SimpleElegant}, {72, YellowOnGray}, {73, GrayNoise},
-      {75, Freshness},   {76, Beautify},      {77, Fuzzy, true},   {78, Gloaming},     {79, NewFresh},
-      {82, Aegean},      {83, LineDrawing},   {84, Wash},          {85, Comic, true},  {86, Rainbow},
-      {87, LabTone},     {88, SunriseBands},
+      {code::kFourSeasons, FourSeasons},
+      {code::kSketchInPhoto, SketchInPhoto},
+      {code::kSimpleElegant, SimpleElegant},
+      {code::kYellowOnGray, YellowOnGray},
+      {code::kGrayNoise, GrayNoise},
+      {code::kFreshness, Freshness},
+      {code::kBeautify, Beautify},
+      {code::kFuzzy, Fuzzy, true},
+      {code::kGloaming, Gloaming},
+      {code::kNewFresh, NewFresh},
+      {code::kAegean, Aegean},
+      {code::kLineDrawing, LineDrawing},
+      {code::kWash, Wash},
+      {code::kComic, Comic, true},
+      {code::kRainbow, Rainbow},
+      {code::kLabTone, LabTone},
+      {code::kSunriseBands, SunriseBands},
   };
   return kRoutines;
 }

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "engine/engine_codes.h"
+
 enum EngineStatus : int32_t {
   kEngineDone = 0,
   kEngineFailed = -1,   // null record at free, no memory at create, no routine for the code at run
@@ -74,7 +76,7 @@ struct EngineImage {
 
 EngineImage MakeEngineImage(uint8_t* pixels, int32_t width, int32_t height, int32_t stepBytes);
 
-// Codes: looks 1 to 97, warps 1025 to 1043, merges 2049 to 2206. The caller frees the record with EngineFree.
+// `code` is a code::EngineCode or another one of its ranges. The caller frees the record with EngineFree.
 int32_t EngineCreate(EngineRecord** out, uint32_t code);
 
 // Works in place on `image`. `second` may be null; it reaches only the merge routines, which blend it into the first.

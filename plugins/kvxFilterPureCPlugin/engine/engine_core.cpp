@@ -26,15 +26,9 @@ void BuildRandomTable() {
   });
 }
 
-bool IsLook(uint32_t code) {
-  return code >= 1 && code <= 97;
-}
-bool IsWarp(uint32_t code) {
-  return code >= 1025 && code <= 1043;
-}
-bool IsMerge(uint32_t code) {
-  return code >= 2049 && code <= 2206;
-}
+using code::IsLook;
+using code::IsMerge;
+using code::IsWarp;
 
 int32_t RunCode(EngineRecord& record, const EngineImage& from, const EngineImage& image, const EngineImage* second) {
   if (IsLook(record.code)) return EngineRunLook(record, from, image);

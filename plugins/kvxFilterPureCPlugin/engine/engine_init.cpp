@@ -8,38 +8,38 @@ namespace {
 // Which parameter groups a code reads. A declaration for whoever shows controls; no routine looks at it.
 uint32_t ParamMaskOf(uint32_t code) {
   switch (code) {
-    case 1:
-    case 2:
-    case 3:
-    case 4:
-    case 5:
-    case 12:
-    case 1025:
-    case 1028:
-    case 1029:
-    case 1030:
-    case 1031:
-    case 1036:
+    case code::kAmNoise:
+    case code::kMosaic:
+    case code::kAmSplash:
+    case code::kFilmGrain:
+    case code::kExposure:
+    case code::kBinary:
+    case code::kOil:
+    case code::kSketch:
+    case code::kNeon:
+    case code::kRandomWalk:
+    case code::kRipple:
+    case code::kRaindropWarp:
       return 1;
-    case 24:
+    case code::kSunshine:
       return 7;
-    case 29:
-    case 2049:
+    case code::kOneColor:
+    case code::kTint:
       return 16;
-    case 61:
-    case 62:
+    case code::kSnow:
+    case code::kBubble:
       return 35;
-    case 63:
+    case code::kGetColor:
       return 67;
-    case 1032:
+    case code::kTunnel:
       return 6;
-    case 1033:
-    case 1034:
-    case 1035:
+    case code::kEnlarge:
+    case code::kNarrow:
+    case code::kWhirl:
       return 4;
-    case 1037:
+    case code::kFlames:
       return 33;
-    case 1041:
+    case code::kTiltShift:
       return 8;
     default:
       return 0;
@@ -60,8 +60,9 @@ struct ColorDefault {
   uint8_t blue, green, red;
 };
 constexpr ColorDefault kColorDefaults[] = {
-    {2049, 255, 255, 0}, {2064, 36, 55, 225},  {2065, 70, 235, 50}, {2066, 235, 70, 40},
-    {2187, 70, 40, 245}, {2188, 36, 155, 205}, {2189, 143, 81, 40},
+    {code::kTint, 255, 255, 0},           {code::kStencilRed, 36, 55, 225},      {code::kStencilGreen, 70, 235, 50},
+    {code::kStencilBlue, 235, 70, 40},    {code::kLinearBurnFirst, 70, 40, 245}, {code::kLinearBurn, 36, 155, 205},
+    {code::kLinearBurnLast, 143, 81, 40},
 };
 
 struct LevelDefault {
@@ -69,8 +70,13 @@ struct LevelDefault {
   int32_t level;
 };
 constexpr LevelDefault kLevelDefaults[] = {
-    {2078, 2078, 100}, {2081, 2089, 100}, {2090, 2092, 60},  {2093, 2093, 100},
-    {2177, 2177, 100}, {2178, 2178, 40},  {2180, 2184, 100},
+    {code::kOverlayLast, code::kOverlayLast, 100},
+    {code::kHardMix, code::kHardMixFullLast, 100},
+    {code::kHardMixWeakFirst, code::kHardMixWeakLast, 60},
+    {code::kHardMixLast, code::kHardMixLast, 100},
+    {code::kLinearPercent, code::kLinearPercent, 100},
+    {code::kLinearPercentWeak, code::kLinearPercentWeak, 40},
+    {code::kLinearPercentFullFirst, code::kLinearPercentLast, 100},
 };
 
 }  // namespace
@@ -82,13 +88,13 @@ int32_t EngineInitLook(EngineRecord& record) {
   constexpr int32_t kQuadY[] = {0, 100, 100, 0};
   std::copy(std::begin(kQuadX), std::end(kQuadX), record.quadX);
   std::copy(std::begin(kQuadY), std::end(kQuadY), record.quadY);
-  if (record.code == 63) record.radius = 30;
+  if (record.code == code::kGetColor) record.radius = 30;
   return status;
 }
 
 int32_t EngineInitWarp(EngineRecord& record) {
   const int32_t status = InitCommon(record);
-  if (record.code == 1041) {
+  if (record.code == code::kTiltShift) {
     record.rectTop = 40;
     record.rectBottom = 60;
   }
@@ -106,7 +112,8 @@ int32_t EngineInitMerge(EngineRecord& record) {
   for (const LevelDefault& row : kLevelDefaults) {
     if (record.code >= row.first && record.code <= row.last) record.level = row.level;
   }
-  if (record.code == 2049) record.colorExtra = 128;
-  if (record.code >= 2067 && record.code <= 2070) record.channel = static_cast<int32_t>(2070 - record.code);
+  if (record.code == code::kTint) record.colorExtra = 128;
+  if (record.code >= code::kAlphaGate && record.code <= code::kBlueGate)
+    record.channel = static_cast<int32_t>(code::kBlueGate - record.code);
   return status;
 }

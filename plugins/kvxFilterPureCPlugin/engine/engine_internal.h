@@ -2,13 +2,12 @@
 #ifndef KVX_ENGINE_ENGINE_INTERNAL_H_
 #define KVX_ENGINE_ENGINE_INTERNAL_H_
 
-#include <array>
 #include <cstdint>
-#include <cstring>
 #include <span>
 
 #include "engine/engine.h"
 #include "framework/pixel_kernels.h"
+#include "framework/pixels.h"
 
 // Index -256 to 511 gives 0 to 255.
 extern const uint8_t* const clampTable;
@@ -60,18 +59,11 @@ std::span<const LookRoutine> FilmWearRoutines();
 std::span<const LookRoutine> CompositeRoutines();
 std::span<const LookRoutine> PaneRoutines();
 
-// A table of 256 bytes.
-using Curve = std::array<uint8_t, 256>;
+using Curve = ByteTable;
 
-// Two of the three grey forms of the engine, not to be mixed up; the third stands in the colourise routine.
+// Two of the grey forms as weights.
 inline constexpr GrayWeights kLuma255 = {29, 150, 76, 255, 1, 8};
 inline constexpr GrayWeights kLuma4 = {1, 2, 1, 0, 1, 2};
-inline int32_t Luma255(const uint8_t* p) {
-  return (29 * p[0] + 150 * p[1] + 76 * p[2] + 255) >> 8;
-}
-inline int32_t Luma4(const uint8_t* p) {
-  return (p[0] + 2 * p[1] + p[2]) >> 2;
-}
 
 inline void SetGray(uint8_t* p, uint8_t gray) {
   p[0] = p[1] = p[2] = gray;
@@ -96,10 +88,7 @@ void MapWords(const EngineImage& from, const EngineImage& image, Map map) {
     uint8_t* out = image.Row(y);
 #pragma GCC ivdep
     for (int32_t x = 0; x < width; ++x) {
-      uint32_t word;
-      std::memcpy(&word, in + 4 * x, 4);
-      word = map(word);
-      std::memcpy(out + 4 * x, &word, 4);
+      StorePixel(out + 4 * x, map(LoadPixel(in + 4 * x)));
     }
   }
 }

@@ -4,13 +4,27 @@
 
 std::span<const LookRoutine> FilmWearRoutines() {
   static constexpr LookRoutine kRoutines[] = {
-      {1, film::AmNoise},     {2, film::Mosaic},          {3, film::AmSplash},
-      {4, film::FilmGrain},   {6, film::Emboss},          {24, film::Sunshine},
-      {44, film::OldMovie},   {45, film::Old80s},         {46, film::Old90s},
-      {47, film::WornCurves}, {48, film::Siena},          {54, film::GrayRetro},
-      {56, film::WornCurves}, {57, film::ReducePalette},  {58, film::ReducePalette},
-      {60, film::Star},       {61, film::Snow},           {62, film::Bubble},
-      {63, film::GetColor},   {95, film::VignetteRadius}, {96, film::BadTvSignal, true},
+      {code::kAmNoise, film::AmNoise},
+      {code::kMosaic, film::Mosaic},
+      {code::kAmSplash, film::AmSplash},
+      {code::kFilmGrain, film::FilmGrain},
+      {code::kEmboss, film::Emboss},
+      {code::kSunshine, film::Sunshine},
+      {code::kOldMovie, film::OldMovie},
+      {code::kOld80s, film::Old80s},
+      {code::kOld90s, film::Old90s},
+      {code::kOld70s, film::WornCurves},
+      {code::kSiena, film::Siena},
+      {code::kGrayRetro, film::GrayRetro},
+      {code::kXpro, film::WornCurves},
+      {code::kTcvga, film::ReducePalette},
+      {code::kAmCartoon, film::ReducePalette},
+      {code::kStar, film::Star},
+      {code::kSnow, film::Snow},
+      {code::kBubble, film::Bubble},
+      {code::kGetColor, film::GetColor},
+      {code::kVignetteRadius, film::VignetteRadius},
+      {code::kBadTvSignal, film::BadTvSignal, true},
   };
   return kRoutines;
 }

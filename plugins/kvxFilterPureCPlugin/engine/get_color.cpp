@@ -48,7 +48,7 @@ int32_t BinOf(int32_t hue) {
 }
 
 void TurnGray(uint8_t* p) {
-  SetGray(p, static_cast<uint8_t>((306 * p[2] + 601 * p[1] + 117 * p[0] + 512) >> 10));
+  SetGray(p, static_cast<uint8_t>(Luma1024(p)));
 }
 
 }  // namespace

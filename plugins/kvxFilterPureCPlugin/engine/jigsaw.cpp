@@ -291,6 +291,6 @@ std::vector<Pane> LayoutF(const EngineImage& image) {
 int32_t Jigsaw(EngineRecord& record, const EngineImage& image) {
   static constexpr std::vector<Pane> (*kLayouts[])(const EngineImage&) = {LayoutA, LayoutB, LayoutC,
                                                                           LayoutD, LayoutE, LayoutF};
-  PaintPanes(image, kLayouts[record.code - 89](image));
+  PaintPanes(image, kLayouts[record.code - code::kJigsawA](image));
   return kEngineDone;
 }

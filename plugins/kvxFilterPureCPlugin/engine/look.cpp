@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr size_t kLookCodes = 98;
+constexpr size_t kLookCodes = code::kKaleidoscope + 1;
 
 struct Looks {
   std::array<LookRoutine, kLookCodes> inPlace{};

@@ -72,11 +72,11 @@ int32_t CurvesAndBlend(EngineRecord& record, const EngineImage& frame, const Eng
     int32_t share;  // of 256
   };
   static constexpr Row kRows[] = {{kSunSet, 154}, {kVivid, 128}, {kGarden, 128}, {kDanGui, 256}, {kSunSet, 256}};
-  const Row& row = kRows[record.code - 2193];
+  const Row& row = kRows[record.code - code::kColorTune1];
   MapLook(frame, row.curves);
   if (material.width != frame.width || material.height != frame.height) return kEngineDone;
   const int32_t share = row.share;
-  if (record.code == 2193) {
+  if (record.code == code::kColorTune1) {
     Blend(frame, material, [share](int32_t f, int32_t m) {
       const int32_t s = Product(f, m);
       return (((s - f) * share) >> 8) + f;
@@ -96,13 +96,12 @@ int32_t MultiplyAndTone(EngineRecord&, const EngineImage& frame, const EngineIma
   return kEngineDone;
 }
 
-inline uint32_t Luma255Of(uint32_t pixel) {
-  return (29 * (pixel & 255) + 150 * (pixel >> 8 & 255) + 76 * (pixel >> 16 & 255) + 255) >> 8;
-}
-
 int32_t Charcoal(EngineRecord&, const EngineImage& frame, const EngineImage& material) {
   Blend(
-      frame, material, [](uint32_t f, uint32_t) { return FourTimes(Luma255Of(f)); },
+      frame, material,
+      [](uint32_t f, uint32_t) {
+        return FourTimes(static_cast<uint32_t>(Luma255(f & 255, f >> 8 & 255, f >> 16 & 255)));
+      },
       [](int32_t, int32_t m, int32_t luma) { return std::min(m + luma, 255); });
   return kEngineDone;
 }
@@ -131,7 +130,7 @@ int32_t FocusColor(EngineRecord& record, const EngineImage& frame, const EngineI
     const uint8_t* spots = within ? material.Row(static_cast<int32_t>(hh + cy - y)) : nullptr;
     uint8_t* p = frame.Row(y);
     for (int32_t x = 0; x < frame.width; ++x, p += 4) {
-      const int32_t gray = (306 * p[2] + 601 * p[1] + 117 * p[0] + 512) >> 10;
+      const int32_t gray = Luma1024(p);
       const int32_t a = within && x >= left && x <= right ? spots[4 * (hw - 1 + x - cx)] : 0;
       for (int32_t c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>((p[c] * a + gray * (256 - a)) >> 8);
     }
@@ -287,15 +286,15 @@ int32_t DrawingUnderMaterial(EngineRecord& record, const EngineImage& frame, con
 
 std::span<const MergeLook> Routines() {
   static constexpr MergeLook kLooks[] = {
-      {2193, 2197, CurvesAndBlend, true},
-      {2198, 2198, MultiplyAndTone},
-      {2199, 2199, Charcoal},
-      {2200, 2200, LiftedScreen},
-      {2201, 2201, FocusColor, true},
-      {2203, 2203, OldPhoto},
-      {2204, 2204, Canvas},
-      {2205, 2205, Pencil},
-      {2206, 2206, DrawingUnderMaterial},
+      {code::kColorTune1, code::kColorTune5, CurvesAndBlend, true},
+      {code::kDarkCorners, code::kDarkCorners, MultiplyAndTone},
+      {code::kCharcoal, code::kCharcoal, Charcoal},
+      {code::kLiftedScreen, code::kLiftedScreen, LiftedScreen},
+      {code::kFocusColor, code::kFocusColor, FocusColor, true},
+      {code::kOldPhoto, code::kOldPhoto, OldPhoto},
+      {code::kCanvasDrawing, code::kCanvasDrawing, Canvas},
+      {code::kPencilDrawing, code::kPencilDrawing, Pencil},
+      {code::kDrawingUnderMaterial, code::kDrawingUnderMaterial, DrawingUnderMaterial},
   };
   return kLooks;
 }

@@ -70,9 +70,7 @@ int32_t AmSplash(EngineRecord& record, const EngineImage& image) {
       const int32_t fromY = y + Inward(offsets[b & 63], y, image.height, margin);
       const uint8_t* from =
           image.Row(std::clamp(fromY, 0, image.height - 1)) + 4 * std::clamp(fromX, 0, image.width - 1);
-      uint32_t word;
-      std::memcpy(&word, from, 4);
-      std::memcpy(p, &word, 4);
+      StorePixel(p, LoadPixel(from));
     }
   }
   return kEngineDone;

@@ -114,7 +114,7 @@ int32_t WornCurves(EngineRecord& record, const EngineImage& image) {
                               MakeCurve(CurveKnots{0, 39, 141, 222, 254})};
   Rand rand;
   AddFreshWear(image, rand);
-  const CurveSet& set = record.code == 47 ? kOld70s : kXpro;
+  const CurveSet& set = record.code == code::kOld70s ? kOld70s : kXpro;
   MapChannels(image, image, set.blue.data(), set.green.data(), set.red.data());
   return kEngineDone;
 }

@@ -32,8 +32,9 @@ uint8_t NearestColor(std::span<const PaletteColor> palette, int32_t red, int32_t
 
 // The cube knows for each of its cells the colour nearest to the cell's dark corner.
 int32_t ReducePalette(EngineRecord& record, const EngineImage& image) {
-  const std::span<const PaletteColor> palette =
-      record.code == 57 ? std::span<const PaletteColor>(kTcvgaPalette) : std::span<const PaletteColor>(kCartoonPalette);
+  const std::span<const PaletteColor> palette = record.code == code::kTcvga
+                                                    ? std::span<const PaletteColor>(kTcvgaPalette)
+                                                    : std::span<const PaletteColor>(kCartoonPalette);
   uint8_t* cube = EnsureTable(record, kCells, kDirtyTables);
   if (!cube) return kEngineNoScratch;
   if (record.dirtyFlags & kDirtyTables) {

@@ -40,14 +40,22 @@ int32_t MirrorTopBottom(EngineRecord&, const EngineImage& image) {
 }  // namespace
 
 std::span<const DirectLook> FlipLooks() {
-  static constexpr DirectLook kLooks[] = {{19, Flip<1>}, {20, Flip<0>}, {21, Flip<-1>}};
+  static constexpr DirectLook kLooks[] = {
+      {code::kFlipLeftRight, Flip<1>}, {code::kFlipTopBottom, Flip<0>}, {code::kFlipAll, Flip<-1>}};
   return kLooks;
 }
 
 std::span<const LookRoutine> PaneRoutines() {
   static constexpr LookRoutine kRoutines[] = {
-      {22, MirrorLeftRight}, {23, MirrorTopBottom}, {89, Jigsaw}, {90, Jigsaw},       {91, Jigsaw},
-      {92, Jigsaw},          {93, Jigsaw},          {94, Jigsaw}, {97, Kaleidoscope},
+      {code::kMirrorLeftRight, MirrorLeftRight},
+      {code::kMirrorTopBottom, MirrorTopBottom},
+      {code::kJigsawA, Jigsaw},
+      {code::kJigsawB, Jigsaw},
+      {code::kJigsawC, Jigsaw},
+      {code::kJigsawD, Jigsaw},
+      {code::kJigsawE, Jigsaw},
+      {code::kJigsawF, Jigsaw},
+      {code::kKaleidoscope, Kaleidoscope},
   };
   return kRoutines;
 }

@@ -50,6 +50,15 @@ void FillRim(const EngineImage& image, uint8_t value) {
   }
 }
 
+void Sharpen3x3(const RowTriple& rows, int32_t count, uint8_t* out) {
+  const uint8_t *up = rows.up, *mid = rows.mid, *down = rows.down;
+  for (int32_t i = 4; i < count - 4; ++i) {
+    const int32_t around =
+        up[i - 4] + up[i] + up[i + 4] + mid[i - 4] + mid[i + 4] + down[i - 4] + down[i] + down[i + 4];
+    out[i] = static_cast<uint8_t>(std::clamp(9 * mid[i] - around, 0, 255));
+  }
+}
+
 void MakeGrayPlane(const EngineImage& image, uint8_t* plane) {
   using namespace pixel_rows;
   HWY_DYNAMIC_DISPATCH(MakeGrayPlane)(image, plane);

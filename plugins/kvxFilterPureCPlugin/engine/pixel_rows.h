@@ -4,21 +4,9 @@
 #define KVX_ENGINE_PIXEL_ROWS_H_
 
 #include <cstdint>
-#include <cstring>
 
 #include "engine/engine_internal.h"
-
-inline constexpr uint32_t kColorBytes = 0x00FFFFFF;
-inline constexpr uint32_t kAlphaByte = 0xFF000000;
-
-inline uint32_t LoadPixel(const uint8_t* p) {
-  uint32_t word;
-  std::memcpy(&word, p, 4);
-  return word;
-}
-inline void StorePixel(uint8_t* p, uint32_t word) {
-  std::memcpy(p, &word, 4);
-}
+#include "framework/pixels.h"
 
 inline uint32_t FourTimes(uint32_t byte) {
   byte |= byte << 8;
@@ -51,6 +39,10 @@ struct RowTriple {
   const uint8_t* mid;
   const uint8_t* down;
 };
+
+// Nine times each byte less the eight around it, within 0 to 255, for the bytes of the inner pixels of a row of `count`
+// bytes, four a pixel.
+void Sharpen3x3(const RowTriple& rows, int32_t count, uint8_t* out);
 
 // The largest byte of each 3 by 3 neighbourhood, for bytes `apart` to count - apart - 1 of the middle row. `columns` is
 // scratch of `count` bytes.

@@ -8,6 +8,7 @@
 #include "engine/blends.h"
 #include "engine/composite_looks.h"
 #include "engine/engine_internal.h"
+#include "engine/pixel_rows.h"
 #include "framework/numeric.h"
 
 namespace {
@@ -19,21 +20,6 @@ struct LumaPlane {
 
   uint8_t* Row(int32_t y) const { return data + static_cast<ptrdiff_t>(y) * width; }
 };
-
-void PackLuma(const EngineImage& image, const LumaPlane& plane) {
-  for (int32_t y = 0; y < image.height; ++y) {
-    const uint8_t* p = image.Row(y);
-    uint8_t* out = plane.Row(y);
-    for (int32_t x = 0; x < image.width; ++x) out[x] = static_cast<uint8_t>(Luma4(p + 4 * x));
-  }
-}
-
-// The largest of each pixel's 3 by 3 window, for the pixels from 1 to width - 2. `column` is scratch of a row.
-void WindowMaxima(const uint8_t* above, const uint8_t* row, const uint8_t* below, int32_t width, uint8_t* column,
-                  uint8_t* maxima) {
-  for (int32_t x = 0; x < width; ++x) column[x] = std::max(std::max(above[x], row[x]), below[x]);
-  for (int32_t x = 1; x < width - 1; ++x) maxima[x] = std::max(std::max(column[x - 1], column[x]), column[x + 1]);
-}
 
 // A pixel's share of the brightest around it: near white in even areas, dark where something brighter is close.
 int32_t PencilLevel(int32_t maximum, int32_t level) {
@@ -106,7 +92,7 @@ int32_t SketchInPhoto(EngineRecord& record, const EngineImage& image) {
   uint8_t* columnMaxima = luma.Row(height);
   uint8_t* maxima = luma.Row(height + 1);
   for (int32_t row = 1; row < height - 1; ++row) {
-    WindowMaxima(luma.Row(row - 1), luma.Row(row), luma.Row(row + 1), width, columnMaxima, maxima);
+    MaxOf3x3({luma.Row(row - 1), luma.Row(row), luma.Row(row + 1)}, 1, width, columnMaxima, maxima);
     const int32_t py = top - 1 + row;
     for (int32_t column = 1; column < width - 1; ++column) {
       const int32_t px = left - 1 + column;
@@ -126,7 +112,7 @@ int32_t LineDrawing(EngineRecord& record, const EngineImage& image) {
   uint8_t* scratch = EnsureWorkCopy(record, width * (image.height + 2));
   if (!scratch) return kEngineNoScratch;
   const LumaPlane luma{scratch, width};
-  PackLuma(image, luma);
+  MakeGrayPlane(image, luma.data);
 
   const auto drawBorder = [&luma](uint8_t* p, int32_t x, int32_t y) {
     const int32_t level = luma.Row(y)[x];
@@ -141,7 +127,7 @@ int32_t LineDrawing(EngineRecord& record, const EngineImage& image) {
       continue;
     }
     const uint8_t* row = luma.Row(y);
-    WindowMaxima(luma.Row(y - 1), row, luma.Row(y + 1), width, columnMaxima, maxima);
+    MaxOf3x3({luma.Row(y - 1), row, luma.Row(y + 1)}, 1, width, columnMaxima, maxima);
     for (int32_t x = 1; x < width - 1; ++x) SetGray(p + 4 * x, kDrawn[256 * maxima[x] + row[x - 1]]);
     drawBorder(p, 0, y);
     drawBorder(p + 4 * (width - 1), width - 1, y);
@@ -160,7 +146,7 @@ int32_t Wash(EngineRecord& record, const EngineImage& image) {
   uint8_t* scratch = EnsureWorkCopy(record, width * (image.height + 3));
   if (!scratch) return kEngineNoScratch;
   const LumaPlane luma{scratch, width};
-  PackLuma(image, luma);
+  MakeGrayPlane(image, luma.data);
 
   uint8_t* horizontal = luma.Row(image.height);
   uint8_t* vertical = luma.Row(image.height + 1);
@@ -206,15 +192,7 @@ int32_t Comic(EngineRecord& record, const EngineImage& image) {
   for (int32_t y = 0; y < image.height; ++y) {
     const uint8_t* row = record.workCopy + static_cast<ptrdiff_t>(y) * image.stepBytes;
     std::memcpy(sharp, row, static_cast<size_t>(rowBytes));
-    if (y > 0 && y < image.height - 1) {
-      const uint8_t* above = row - image.stepBytes;
-      const uint8_t* below = row + image.stepBytes;
-      for (int32_t i = 4; i < rowBytes - 4; ++i) {
-        const int32_t around =
-            above[i - 4] + above[i] + above[i + 4] + row[i - 4] + row[i + 4] + below[i - 4] + below[i] + below[i + 4];
-        sharp[i] = static_cast<uint8_t>(std::clamp(9 * row[i] - around, 0, 255));
-      }
-    }
+    if (y > 0 && y < image.height - 1) Sharpen3x3({row - image.stepBytes, row, row + image.stepBytes}, rowBytes, sharp);
     uint8_t* p = image.Row(y);
     for (int32_t i = 0; i < rowBytes; i += 4) {
       for (int c = 0; c < 3; ++c) p[i + c] = kInk[sharp[i + c]];

@@ -92,14 +92,8 @@ void HalfBoxRows(const EngineImage& image, uint8_t* rows, int32_t radius) {
   }
 }
 
-inline uint32_t LoadWord(const uint8_t* p) {
-  uint32_t word;
-  std::memcpy(&word, p, 4);
-  return word;
-}
-
 inline void StoreColor(uint8_t* p, uint32_t word) {
-  word = (word & 0x00FFFFFF) | (LoadWord(p) & 0xFF000000);
+  word = (word & 0x00FFFFFF) | (LoadPixel(p) & 0xFF000000);
   std::memcpy(p, &word, 4);
 }
 
@@ -122,17 +116,17 @@ void HalfBoxColumns(const EngineImage& image, const uint8_t* rows, int32_t radiu
     const float share = InverseOf(end - std::max(y - radius, 0));
     for (int32_t i = 0; i < rowBytes; ++i) means[i] = static_cast<uint8_t>(CutMean(sums[i], share));
     uint8_t* out = image.Row(y);
-    for (int32_t i = 0; i < rowBytes; i += 4) StoreColor(out + i, LoadWord(means + i));
+    for (int32_t i = 0; i < rowBytes; i += 4) StoreColor(out + i, LoadPixel(means + i));
   }
   const uint8_t* lastRow = rowOf(image.height - 1);
-  for (int32_t i = 0; i < rowBytes; i += 4) StoreColor(image.Row(image.height - 1) + i, LoadWord(lastRow + i));
+  for (int32_t i = 0; i < rowBytes; i += 4) StoreColor(image.Row(image.height - 1) + i, LoadPixel(lastRow + i));
   for (int32_t y = 1; y <= image.height - 2; y += 2) {
     const uint8_t* above = image.Row(y - 1);
     const uint8_t* below = image.Row(y + 1);
     uint8_t* out = image.Row(y);
     for (int32_t i = 0; i < rowBytes; i += 4) {
-      const uint32_t a = LoadWord(above + i);
-      const uint32_t b = LoadWord(below + i);
+      const uint32_t a = LoadPixel(above + i);
+      const uint32_t b = LoadPixel(below + i);
       StoreColor(out + i, (a & b) + (((a ^ b) & 0xFEFEFEFE) >> 1));  // byte by byte, cut
     }
   }

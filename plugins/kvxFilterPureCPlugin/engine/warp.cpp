@@ -6,8 +6,9 @@
 
 namespace {
 
-constexpr uint32_t kFirst = 1025;
-constexpr size_t kCodes = 19;
+constexpr uint32_t kFirst = code::kOil;
+constexpr size_t kCodes = code::kExplosion + 2 - kFirst;
+
 std::array<WarpRoutine, kCodes> CollectRoutines() {
   std::array<WarpRoutine, kCodes> byCode{};
   for (const auto group : {DisplaceRoutines(), MapRoutines(), DropRoutines(), FlameRoutines(), EdgeRoutines(),

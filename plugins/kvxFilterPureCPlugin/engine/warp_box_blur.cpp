@@ -42,6 +42,6 @@ int32_t BoxBlur(EngineRecord&, const EngineImage& frame, const EngineImage& copy
 }  // namespace
 
 std::span<const WarpRoutine> BoxBlurRoutines() {
-  static constexpr WarpRoutine kRoutines[] = {{1027, BoxBlur, true}};
+  static constexpr WarpRoutine kRoutines[] = {{code::kWarpBlur, BoxBlur, true}};
   return kRoutines;
 }

@@ -96,6 +96,7 @@ int32_t Ripple(EngineRecord& record, const EngineImage& frame, const EngineImage
 }  // namespace
 
 std::span<const WarpRoutine> DisplaceRoutines() {
-  static constexpr WarpRoutine kRoutines[] = {{1025, Jitter}, {1030, RandomWalk, true}, {1031, Ripple, true}};
+  static constexpr WarpRoutine kRoutines[] = {
+      {code::kOil, Jitter}, {code::kRandomWalk, RandomWalk, true}, {code::kRipple, Ripple, true}};
   return kRoutines;
 }

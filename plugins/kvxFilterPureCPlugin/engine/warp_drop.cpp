@@ -78,6 +78,6 @@ int32_t Raindrops(EngineRecord& record, const EngineImage& frame, const EngineIm
 }  // namespace
 
 std::span<const WarpRoutine> DropRoutines() {
-  static constexpr WarpRoutine kRoutines[] = {{1036, Raindrops}};
+  static constexpr WarpRoutine kRoutines[] = {{code::kRaindropWarp, Raindrops}};
   return kRoutines;
 }

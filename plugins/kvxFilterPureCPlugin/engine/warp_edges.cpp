@@ -41,14 +41,7 @@ int32_t ForInnerGrayRows(EngineRecord& record, const EngineImage& frame, PerRow 
 }
 
 int32_t Sharpen(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
-  const int32_t last = 4 * (frame.width - 1);
-  ForInnerRows(frame, copy, [last](const RowTriple& r, uint8_t* out) {
-    for (int32_t i = 4; i < last; ++i) {
-      const int32_t around =
-          r.up[i - 4] + r.up[i] + r.up[i + 4] + r.mid[i - 4] + r.mid[i + 4] + r.down[i - 4] + r.down[i] + r.down[i + 4];
-      out[i] = static_cast<uint8_t>(std::clamp(9 * r.mid[i] - around, 0, 255));
-    }
-  });
+  ForInnerRows(frame, copy, [&](const RowTriple& r, uint8_t* out) { Sharpen3x3(r, 4 * frame.width, out); });
   return kEngineDone;
 }
 
@@ -157,7 +150,8 @@ int32_t NeonC(EngineRecord&, const EngineImage& frame, const EngineImage& copy) 
 }  // namespace
 
 std::span<const WarpRoutine> EdgeRoutines() {
-  static constexpr WarpRoutine kRoutines[] = {{1026, Sharpen}, {1028, Sketch}, {1029, Neon},
-                                              {1038, SketchB}, {1039, NeonB},  {1040, NeonC}};
+  static constexpr WarpRoutine kRoutines[] = {{code::kWarpSharpen, Sharpen}, {code::kSketch, Sketch},
+                                              {code::kNeon, Neon},           {code::kSketchB, SketchB},
+                                              {code::kNeonB, NeonB},         {code::kNeonC, NeonC}};
   return kRoutines;
 }

@@ -112,7 +112,7 @@ int32_t Explosion(EngineRecord& record, const EngineImage& frame, const EngineIm
 }  // namespace
 
 std::span<const WarpRoutine> Routines() {
-  static constexpr WarpRoutine kRoutines[] = {{1042, Explosion}};
+  static constexpr WarpRoutine kRoutines[] = {{code::kExplosion, Explosion}};
   return kRoutines;
 }
 

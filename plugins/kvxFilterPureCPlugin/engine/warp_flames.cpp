@@ -97,6 +97,6 @@ int32_t Flames(EngineRecord& record, const EngineImage& frame, const EngineImage
 }  // namespace
 
 std::span<const WarpRoutine> FlameRoutines() {
-  static constexpr WarpRoutine kRoutines[] = {{1037, Flames}};
+  static constexpr WarpRoutine kRoutines[] = {{code::kFlames, Flames}};
   return kRoutines;
 }

@@ -126,7 +126,9 @@ int32_t Whirl(EngineRecord& record, const EngineImage& frame, const EngineImage&
 }  // namespace
 
 std::span<const WarpRoutine> MapRoutines() {
-  static constexpr WarpRoutine kRoutines[] = {
-      {1032, Tunnel, true}, {1033, Enlarge, true}, {1034, Narrow, true}, {1035, Whirl, true}};
+  static constexpr WarpRoutine kRoutines[] = {{code::kTunnel, Tunnel, true},
+                                              {code::kEnlarge, Enlarge, true},
+                                              {code::kNarrow, Narrow, true},
+                                              {code::kWhirl, Whirl, true}};
   return kRoutines;
 }

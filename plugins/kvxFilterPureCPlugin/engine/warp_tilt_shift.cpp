@@ -74,6 +74,6 @@ int32_t TiltShift(EngineRecord& record, const EngineImage& frame, const EngineIm
 }  // namespace
 
 std::span<const WarpRoutine> TiltShiftRoutines() {
-  static constexpr WarpRoutine kRoutines[] = {{1041, TiltShift}};
+  static constexpr WarpRoutine kRoutines[] = {{code::kTiltShift, TiltShift}};
   return kRoutines;
 }

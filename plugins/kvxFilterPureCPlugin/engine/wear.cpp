@@ -43,10 +43,7 @@ void LaySpots(const EngineImage& image, std::vector<uint8_t> spots) {
     const uint8_t* m = fitted.ptr(image.height - 1 - y);
     if (std::memcmp(m, clean.data(), clean.size()) == 0) continue;
     for (int32_t x = 0; x < image.width; ++x, p += 4) {
-      uint32_t word;
-      std::memcpy(&word, p, 4);
-      word &= 0xFF000000u | m[x] * 0x010101u;
-      std::memcpy(p, &word, 4);
+      StorePixel(p, LoadPixel(p) & (kAlphaByte | m[x] * 0x010101u));
     }
   }
 }

@@ -1,4 +1,4 @@
-// Byte tables that stand in for multiplications of two bytes.
+// Byte tables that stand in for multiplications of two bytes. No effect of today reads them: blends are formulas.
 #ifndef KVX_FRAMEWORK_BLEND_TABLES_H_
 #define KVX_FRAMEWORK_BLEND_TABLES_H_
 

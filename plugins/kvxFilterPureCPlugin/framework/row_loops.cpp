@@ -113,10 +113,10 @@ static_assert(ClusterSquares::kMost <= kNumberBits);
 
 // Not inlined: within the loop over clusters GCC would interleave two of them and give up vectors.
 HWY_NOINLINE void AddCluster(const ClusterSquares& squares, int32_t number, ClusterPiece& piece, int32_t count) {
-  const float* color = squares.colours[number];
+  const float* color = squares.colors[number];
   const float* column = squares.columns[number];
   const float c0 = color[0], c1 = color[1], c2 = color[2];
-  const float share = squares.colourShare;
+  const float share = squares.colorShare;
   const float row = squares.rows[number];
   for (int32_t x = 0; x < count; ++x) {
     const float d0 = piece.byte0[x] - c0, d1 = piece.byte1[x] - c1, d2 = piece.byte2[x] - c2;

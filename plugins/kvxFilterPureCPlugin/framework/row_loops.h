@@ -33,8 +33,8 @@ void GrayReliefRow(uint8_t* pixels, int32_t* sums, int32_t count, int32_t distan
 struct ClusterSquares {
   static constexpr int32_t kMost = 40;
   int32_t count;
-  float colours[kMost][3];
-  float colourShare;
+  float colors[kMost][3];
+  float colorShare;
   const float* columns[kMost];
   float rows[kMost];
 };

@@ -33,6 +33,7 @@ class NLEFilterInfo {
   // Not 0 for an effect that moves on a still source.
   int32_t GetDynamic() const { return dynamic_; }
   void SetDynamic(int32_t dynamic) { dynamic_ = dynamic; }
+  // Written when the effect is found, and textures when a catalogue names them; nothing in the plug-in reads either.
   void SetMarkers(int32_t a, int32_t b, int32_t c);
   int32_t GetMarkerA() const { return markerA_; }
   int32_t GetMarkerB() const { return markerB_; }

@@ -1,67 +1,51 @@
-// Processors that are thin shells over the engine: a table row each, no code of their own.
+// A processor without code of its own: a row says which engine code it runs, what it reports and what it takes.
 #ifndef KVX_ENGINE_SHELLS_ENGINE_SHELL_H_
 #define KVX_ENGINE_SHELLS_ENGINE_SHELL_H_
 
 #include <cstdint>
 #include <span>
+#include <variant>
 
 #include "engine/engine.h"
-#include "framework/frame.h"
 #include "framework/params.h"
 #include "kvx/processor.h"
 
-// What a shell does with its parameters before the engine runs.
-enum class ShellGroup {
-  kNone,         // A: nothing
-  kLevel,        // B: level
-  kScaledLevel,  // C: level, scaled to the frame's width
-  kStar,         // D: level and the frame rate
-  kParticles,    // E: level, direction, radius and the frame rate
-  kPoint,        // F: point and radius
-  kColor,        // G: colour
-  kSpot,         // H: position, radius, level
-  kVignette,     // I: level, after the copy
-  kBadSignal,    // J: frame rate and frame number, after the copy
-  kMapLevel,     // K: position and level; a change makes the map new
-  kDirected,     // L: level and direction
-  kDrop,         // M: position and level
-  kMapRadius,    // N: position and radius; a change makes the map new
-};
-
-// The record's field that a parameter reports as its default, or none.
-enum class ShellField {
-  kConstant,
-  kLevel,
-  kRadius,
-  kPosX,
-  kPosY,
-  kPointX,
-  kPointY,
-  kColorRed,
-  kColorGreen,
-  kColorBlue,
-  kDirection,
-  kRectLeft,
-  kRectTop,
-  kRectRight,
-  kRectBottom,
-};
+// A field of the record. A value goes into it by its type: cut to a whole number, as a float, or as the low byte of the
+// cut number.
+using RecordField =
+    std::variant<std::monostate, int32_t EngineRecord::*, float EngineRecord::*, uint8_t EngineRecord::*>;
 
 // Stands for the frame's width or height as a maximum.
 inline constexpr double kFrameWidth = -1;
 inline constexpr double kFrameHeight = -2;
 
+// A reported parameter: its default is the field's value, or a constant where there is no field.
 struct ShellParam {
   ParamRow row;
-  ShellField field;
+  RecordField field;
   double constant = 0;
+};
+
+// A value that a fresh record starts with instead of the engine's own.
+struct ShellStart {
+  int32_t EngineRecord::*field;
+  int32_t value;
+};
+
+// What a shell takes before the engine runs.
+struct ShellInput {
+  std::span<const RecordField> fields;  // of parameters 1, 2, ...
+  bool scaledLevel = false;             // the level is scaled to the frame's width
+  bool frameRate = false;
+  bool frameNumber = false;
+  uint32_t dirtyOnChange = 0;  // flags that a change of a field sets
+  std::span<const ShellStart> start = {};
 };
 
 struct ShellRow {
   int32_t effectId;
-  const char* className;
-  uint32_t code;
-  ShellGroup group;
+  code::EngineCode code;
+  const ShellInput& input;
   std::span<const ShellParam> params;
 };
 
@@ -76,8 +60,6 @@ class EngineShell : public CBaseFilterProc {
 
  private:
   void TakeParams(const ParamValueArray* params);
-  void TakeLateParams(const ParamValueArray* params);
-  double DefaultOf(const ShellParam& param) const;
 
   const ShellRow& row_;
   EngineRecord* record_ = nullptr;

@@ -3,156 +3,72 @@
 
 #include <algorithm>
 
+#include "framework/frame.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
+
+namespace {
+
+// The value as the field's type has it, into the field. Whether it is another than before.
+bool Take(EngineRecord& record, const RecordField& field, double value) {
+  const auto put = [](auto& place, auto taken) {
+    const bool changed = place != taken;
+    place = taken;
+    return changed;
+  };
+  if (const auto* whole = std::get_if<int32_t EngineRecord::*>(&field)) return put(record.**whole, Trunc32(value));
+  if (const auto* real = std::get_if<float EngineRecord::*>(&field))
+    return put(record.**real, static_cast<float>(value));
+  if (const auto* byte = std::get_if<uint8_t EngineRecord::*>(&field)) return put(record.**byte, TruncByte(value));
+  return false;
+}
+
+double ValueOf(const EngineRecord& record, const ShellParam& param) {
+  if (const auto* whole = std::get_if<int32_t EngineRecord::*>(&param.field)) return record.**whole;
+  if (const auto* real = std::get_if<float EngineRecord::*>(&param.field)) return record.**real;
+  if (const auto* byte = std::get_if<uint8_t EngineRecord::*>(&param.field)) return record.**byte;
+  return param.constant;
+}
+
+}  // namespace
 
 EngineShell::EngineShell(const ShellRow& row, int32_t frameWidth, int32_t frameHeight)
     : CBaseFilterProc(frameWidth, frameHeight), row_(row) {
   EngineCreate(&record_, row.code);
   if (!record_) return;
-  if (row.code == 61) {  // snow
-    record_->direction = 1;
-    record_->level = 20;
-    record_->radius = 80;
-  } else if (row.code == 62) {  // bubbles
-    record_->direction = 1;
-    record_->radius = 20;
-    record_->level = 30;
-  }
+  for (const ShellStart& start : row.input.start) record_->*start.field = start.value;
 }
 
 EngineShell::~EngineShell() {
   EngineFree(record_);
 }
 
-double EngineShell::DefaultOf(const ShellParam& param) const {
-  switch (param.field) {
-    case ShellField::kConstant:
-      return param.constant;
-    case ShellField::kLevel:
-      return record_->level;
-    case ShellField::kRadius:
-      return record_->radius;
-    case ShellField::kPosX:
-      return record_->posX;
-    case ShellField::kPosY:
-      return record_->posY;
-    case ShellField::kPointX:
-      return record_->pointX;
-    case ShellField::kPointY:
-      return record_->pointY;
-    case ShellField::kColorRed:
-      return record_->colorRed;
-    case ShellField::kColorGreen:
-      return record_->colorGreen;
-    case ShellField::kColorBlue:
-      return record_->colorBlue;
-    case ShellField::kDirection:
-      return record_->direction;
-    case ShellField::kRectLeft:
-      return record_->rectLeft;
-    case ShellField::kRectTop:
-      return record_->rectTop;
-    case ShellField::kRectRight:
-      return record_->rectRight;
-    case ShellField::kRectBottom:
-      return record_->rectBottom;
-  }
-  return 0;
-}
-
 void EngineShell::GetParamDesc(FilterParamDesc* desc, int32_t index) {
   if (!desc || !record_ || index < 0 || static_cast<size_t>(index) >= row_.params.size()) return;
   const ShellParam& param = row_.params[static_cast<size_t>(index)];
-  DescribeParam(desc, 0, {&param.row, 1}, {DefaultOf(param)});
+  DescribeParam(desc, 0, {&param.row, 1}, {ValueOf(*record_, param)});
   desc->index = index;
   if (desc->maximum == kFrameWidth) desc->maximum = width;
   if (desc->maximum == kFrameHeight) desc->maximum = height;
 }
 
 void EngineShell::TakeParams(const ParamValueArray* params) {
-  EngineRecord& record = *record_;
-  const auto integer = [params](int k) { return Trunc32(Param(params, k)); };
-  switch (row_.group) {
-    case ShellGroup::kLevel:
-      record.level = integer(1);
-      break;
-    case ShellGroup::kScaledLevel:
-      record.level = Trunc32(width * Param(params, 1) / 640.0);
-      break;
-    case ShellGroup::kStar:
-      record.level = integer(1);
-      record.frameRate = static_cast<float>(frameRate);
-      break;
-    case ShellGroup::kParticles:
-      record.level = integer(1);
-      record.direction = integer(2);
-      record.radius = integer(3);
-      record.frameRate = static_cast<float>(frameRate);
-      break;
-    case ShellGroup::kPoint:
-      record.pointX = static_cast<float>(Param(params, 1));
-      record.pointY = static_cast<float>(Param(params, 2));
-      record.radius = integer(3);
-      break;
-    case ShellGroup::kColor:
-      record.colorRed = TruncByte(Param(params, 1));
-      record.colorGreen = TruncByte(Param(params, 2));
-      record.colorBlue = TruncByte(Param(params, 3));
-      break;
-    case ShellGroup::kSpot:
-      record.posX = integer(1);
-      record.posY = integer(2);
-      record.radius = integer(3);
-      record.level = integer(4);
-      break;
-    case ShellGroup::kMapLevel:
-      if (integer(1) != record.posX || integer(2) != record.posY || integer(3) != record.level) {
-        record.dirtyFlags = kDirtyAll;
-      }
-      record.posX = integer(1);
-      record.posY = integer(2);
-      record.level = integer(3);
-      break;
-    case ShellGroup::kDirected:
-      record.level = integer(1);
-      record.direction = integer(2);
-      break;
-    case ShellGroup::kDrop:
-      record.posX = integer(1);
-      record.posY = integer(2);
-      record.level = integer(3);
-      break;
-    case ShellGroup::kMapRadius:
-      if (integer(1) != record.posX || integer(2) != record.posY || integer(3) != record.radius) {
-        record.posX = integer(1);
-        record.posY = integer(2);
-        record.radius = integer(3);
-        record.dirtyFlags |= kDirtyMap;
-      }
-      break;
-    case ShellGroup::kNone:
-    case ShellGroup::kVignette:
-    case ShellGroup::kBadSignal:
-      break;
+  const ShellInput& input = row_.input;
+  int k = 0;
+  bool changed = false;
+  for (const RecordField& field : input.fields) {
+    const double value = Param(params, ++k);
+    changed = Take(*record_, field, input.scaledLevel ? width * value / 640.0 : value) || changed;
   }
-}
-
-void EngineShell::TakeLateParams(const ParamValueArray* params) {
-  if (row_.group == ShellGroup::kVignette) record_->level = Trunc32(Param(params, 1));
-  if (row_.group == ShellGroup::kBadSignal) {
-    record_->frameRate = static_cast<float>(frameRate);
-    record_->frameNumber = currentFrame;
-  }
+  if (changed) record_->dirtyFlags |= input.dirtyOnChange;
+  if (input.frameRate) record_->frameRate = static_cast<float>(frameRate);
+  if (input.frameNumber) record_->frameNumber = currentFrame;
 }
 
 // A routine that fails, or a record that could not be had, leaves a copy of the source or a part of the work: the frame
 // counts as done.
 void EngineShell::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {
-  if (record_) {
-    TakeParams(params);
-    TakeLateParams(params);
-  }
+  if (record_) TakeParams(params);
   const EngineImage from = MakeEngineImage(src, width, height, srcStep);
   const EngineImage image = MakeEngineImage(dst, width, height, dstStep);
   const auto copy = [&] { CopyRows(src, dst, width, height, srcStep, dstStep); };

@@ -1,6 +1,10 @@
 // The eleven functions that kvxFilterPureCPlugin.so exports. A host opens the library at run time and takes them by
 // name.
 //
+// Where they live: StartupKVX, ShutdownKVX, RegisterKVXEffect, RegisterKVXEffectFromConfPath, CreateKVXEffect and
+// ReleaseKVXEffect in boundary/exports.cpp; GetEffectsCounts, GetEffectPluginsInfo, FindEffectByID and
+// GetEffectPixFormat in framework/factory/factory.cpp; SetMergeImagePath in framework/material_path.cpp.
+//
 // Order of calls: StartupKVX once; RegisterKVXEffect for each index below PluginStartupInfo::filterCount;
 // CreateKVXEffect, frames, ReleaseKVXEffect; ShutdownKVX once. To start again, unload the library first.
 #ifndef KVX_EXPORTS_H_
@@ -38,15 +42,14 @@ KVX_EXPORT int32_t CreateKVXEffect(const char* guid, int32_t reserved, KVXEffect
 // Ends an effect object of this plug-in; anything else, null included, is ignored.
 KVX_EXPORT int32_t ReleaseKVXEffect(KVXEffect* effect);
 
-// Number of rows of the effect table: 242.
+// Number of rows of the effect table.
 KVX_EXPORT int32_t GetEffectsCounts();
 
 // Row `index` of the effect table, or null beyond it. Valid while the library is loaded.
 KVX_EXPORT const EffectPluginInfo* GetEffectPluginsInfo(uint32_t index);
 
-// Makes the processor of effect `id` for frames of `width` by `height`. 1, with the processor, which the caller
-// deletes, in
-// `*processor`; or 0 with `*processor` left alone.
+// Makes the processor of effect `id` for frames of `width` by `height`. 1, with the processor, which the caller deletes,
+// in `*processor`; or 0 with `*processor` left alone.
 KVX_EXPORT int32_t FindEffectByID(int32_t id, uint32_t width, uint32_t height, CBaseFilterProc** processor);
 
 // 0: the one pixel format there is.

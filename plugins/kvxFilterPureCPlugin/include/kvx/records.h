@@ -64,7 +64,7 @@ static_assert(offsetof(HostParamValue, host) == 16);
 struct FilterParamDesc {
   int32_t index;
   char16_t name[32];  // NUL-terminated
-  int32_t type;       // 0 ranged value, 1 on or off, 2 real value, 3 a duration in milliseconds
+  int32_t type;       // 0 ranged value, 1 on or off, 2 real value, 3 a duration in milliseconds, 4 a colour 0xRRGGBB
   double minimum;
   double defaultValue;  // the processor's current state: after a frame, the value of that frame
   double maximum;
