@@ -41,6 +41,7 @@ nlohmann::ordered_json DescribeEffect(const EffectInfo& effect) {
           {"family", effect.family},
           {"moving", effect.moving},
           {"stateless", !effect.ordered},
+          {"random", effect.random},
           {"material", !effect.materials.empty()},
           {"params", params}};
 }
