@@ -3,7 +3,7 @@
 # then the fuzzers on the kept corpus and for a few seconds more.
 set -eu
 cd "$(dirname "$0")/.."
-./scripts/install_packages.sh chromium chromium-driver curl
+./scripts/install_packages.sh chromium chromium-driver curl python3-numpy python3-pytest python3-pil python3-distributed
 for preset in release asan; do
   echo "== $preset"
   benchmarks=ON

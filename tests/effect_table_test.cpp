@@ -166,9 +166,9 @@ TEST(EffectRows, WritesSourceAndLeavesPixelsAreTold) {
         for (const auto& [width, height] : {std::pair{64, 36}, {33, 61}, {7, 3}}) {
           SeedRandom(3);
           PinCalendarSeconds(1'700'000'000);
-          const Clip one = Render(row.id, share, 9, 0x40, {0, 20, 59}, width, height);
+          const Clip one = Render(row.id, share, 9, 0x40, {0, 20, 30, 59}, width, height);
           SeedRandom(3);
-          const Clip other = Render(row.id, share, 9, 0xA7, {0, 20, 59}, width, height);
+          const Clip other = Render(row.id, share, 9, 0xA7, {0, 20, 30, 59}, width, height);
           writes = writes || !one.sourceKept;
           leaves = leaves || one.frames != other.frames;
         }
