@@ -98,6 +98,18 @@ ordered_json EntryOf(const EffectInfo& effect) {
           {"params", std::move(params)}};
 }
 
+// `source` names the text in errors.
+EffectList ParseDescription(const std::string& text, const std::string& source) {
+  std::vector<EffectInfo> effects;
+  try {
+    const ordered_json description = ordered_json::parse(text);
+    for (const ordered_json& entry : description.at("effects")) effects.push_back(EffectOf(entry));
+  } catch (const std::exception& error) {
+    throw Error(fmt::format("{}: {}", source, error.what()));
+  }
+  return EffectList(std::move(effects));
+}
+
 }  // namespace
 
 const char* ParamTypeName(ParamType type) {
@@ -195,19 +207,15 @@ std::string DescriptionPath(const std::string& resourceRoot) {
   return resourceRoot + "/kvx_effect/material/effects.json";
 }
 
+EffectList BuiltinDescription() {
+  return ParseDescription(kBuiltinDescription, "the built-in description");
+}
+
 EffectList ReadDescription(const std::string& resourceRoot) {
   const std::string path = DescriptionPath(resourceRoot);
   std::ifstream file(path, std::ios::binary);
-  const std::string text = file ? std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>())
-                                : std::string(kBuiltinDescription);
-  std::vector<EffectInfo> effects;
-  try {
-    const ordered_json description = ordered_json::parse(text);
-    for (const ordered_json& entry : description.at("effects")) effects.push_back(EffectOf(entry));
-  } catch (const std::exception& error) {
-    throw Error(fmt::format("{}: {}", file ? path : "the built-in description", error.what()));
-  }
-  return EffectList(std::move(effects));
+  if (!file) return BuiltinDescription();
+  return ParseDescription(std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()), path);
 }
 
 std::string WriteDescription(const std::vector<EffectInfo>& effects) {

@@ -98,6 +98,9 @@ std::vector<std::string> NearestNames(const std::string& wanted, const std::vect
 // Throws Error if the file is there but damaged.
 EffectList ReadDescription(const std::string& resourceRoot);
 
+// The one that this binary was built with.
+EffectList BuiltinDescription();
+
 // Where that file is looked for.
 std::string DescriptionPath(const std::string& resourceRoot);
 

@@ -16,6 +16,12 @@ case $input in
     ./build/release/bin/kvx render --overwrite -e Warm -e FilmGrain -e Vignette2 "$input" out/clip.mp4
     echo "the clip as an old film:    out/clip.mp4" ;;
 esac
+if command -v gegl >/dev/null; then
+  ./build/release/bin/kvx render Invert --opacity 0 demo out/demo.png
+  GEGL_PATH="$PWD/build/release/lib/gegl-0.4:$(pkg-config --variable=pluginsdir gegl-0.4)" \
+    gegl out/demo.png -- kvx:warm kvx:snow frame=20 kvx:vignette1 gegl:png-save path=out/gegl.png bitdepth=8
+  echo "a chain in GEGL:            out/gegl.png"
+fi
 echo "all effects on one picture: out/contact-sheet.png"
 echo "one picture per effect:     out/effects/"
 echo "the same as a web page:     out/gallery/index.html"
