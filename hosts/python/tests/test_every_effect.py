@@ -34,6 +34,6 @@ def test_effects_that_seed_themselves_from_the_calendar():
     left = [effect.id for effect in kvx.effects() if effect.random]
     assert len(left) == 22
     # A second can turn between Python and the command. Each process must start the plug-in by itself.
-    for _ in range(6):
+    for _ in range(20):
         left = left and differing(left, "spawn")
     assert left == []
