@@ -195,6 +195,10 @@ ImageView Scratch(Picture& picture, int32_t width, int32_t height) {
   return ViewOf(picture);
 }
 
+bool IsAligned(const uint8_t* data, size_t bytes) {
+  return reinterpret_cast<uintptr_t>(data) % bytes == 0;
+}
+
 bool Overlap(ConstImageView a, ImageView b) {
   const auto* endA = a.data + static_cast<ptrdiff_t>(a.height) * a.stride;
   const auto* endB = b.data + static_cast<ptrdiff_t>(b.height) * b.stride;
@@ -307,10 +311,11 @@ Effect::~Effect() {
 void Effect::Render(ConstImageView input, ImageView output, FramePlace place, const FrameValues& values) {
   const int32_t width = input.width;
   const int32_t height = input.height;
-  // Some effects take rows as if they were packed.
-  ImageView to = output.Packed() ? output : Scratch(result_, width, height);
+  // Some effects take rows as if they were packed. Which pixels are blended four at a time depends on where a row
+  // begins: off that grid the bytes would differ.
+  ImageView to = output.Packed() && IsAligned(output.data, 16) ? output : Scratch(result_, width, height);
   ImageView from{const_cast<uint8_t*>(input.data), width, height, input.stride};
-  if (writesSource_ || !input.Packed() || Overlap(input, to)) {
+  if (writesSource_ || !input.Packed() || !IsAligned(input.data, 4) || Overlap(input, to)) {
     from = Scratch(source_, width, height);
     CopyImage(input, from);
   }

@@ -16,11 +16,18 @@ case $input in
     ./build/release/bin/kvx render --overwrite -e Warm -e FilmGrain -e Vignette2 "$input" out/clip.mp4
     echo "the clip as an old film:    out/clip.mp4" ;;
 esac
-if command -v gegl >/dev/null; then
+if command -v gegl >/dev/null && [ -d build/release/lib/gegl-0.4 ]; then
   ./build/release/bin/kvx render Invert --opacity 0 demo out/demo.png
   GEGL_PATH="$PWD/build/release/lib/gegl-0.4:$(pkg-config --variable=pluginsdir gegl-0.4)" \
     gegl out/demo.png -- kvx:warm kvx:snow frame=20 kvx:vignette1 gegl:png-save path=out/gegl.png bitdepth=8
   echo "a chain in GEGL:            out/gegl.png"
+# Where GStreamer's own tools are: the demo as a clip that went through a pipeline.
+if command -v gst-launch-1.0 >/dev/null && [ -d build/release/lib/gstreamer-1.0 ]; then
+  ./build/release/bin/kvx render Warm --opacity 0 --quiet --frames 100 --size 640x360 --raw 640x360 demo - |
+    GST_PLUGIN_PATH=build/release/lib/gstreamer-1.0 gst-launch-1.0 -q fdsrc ! rawvideoparse width=640 height=360 \
+      format=bgra ! kvx-warm ! kvx-snow percent=40 ! kvx-vignette1 ! videoconvert ! theoraenc ! oggmux ! \
+      filesink location=out/gstreamer.ogg
+  echo "a clip through GStreamer:   out/gstreamer.ogg"
 fi
 echo "all effects on one picture: out/contact-sheet.png"
 echo "one picture per effect:     out/effects/"

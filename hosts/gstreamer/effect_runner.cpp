@@ -1,0 +1,90 @@
+#include "hosts/gstreamer/effect_runner.h"
+
+#include <fmt/format.h>
+#include <gst/gst.h>
+
+#include <cstring>
+#include <mutex>
+
+#include "hosts/gstreamer/video_effect.h"
+
+namespace kvx {
+
+namespace {
+
+constexpr int32_t kLogError = 4;
+
+// One for all elements of the process. It is never unloaded: no order of unloading is safe while pipelines may run.
+Plugin& SharedPlugin() {
+  static std::mutex loading;
+  static Plugin* plugin = nullptr;
+  const std::lock_guard lock(loading);
+  if (!plugin) {
+    PluginOptions options;
+    options.log = [](int32_t level, const std::string& line) {
+      GST_CAT_LEVEL_LOG(DebugCategory(), level >= kLogError ? GST_LEVEL_WARNING : GST_LEVEL_DEBUG, nullptr, "%s",
+                        line.c_str());
+    };
+    plugin = new Plugin(std::move(options));
+  }
+  return *plugin;
+}
+
+constexpr uint32_t kAlphaBits = 0xFF000000u;
+
+bool IsAllOpaque(ConstImageView image) {
+  for (int32_t y = 0; y < image.height; ++y) {
+    const uint8_t* row = image.data + static_cast<ptrdiff_t>(y) * image.stride;
+    uint32_t all = kAlphaBits;
+    for (int32_t x = 0; x < image.width; ++x) {
+      uint32_t pixel;
+      std::memcpy(&pixel, row + static_cast<ptrdiff_t>(x) * 4, sizeof pixel);
+      all &= pixel;
+    }
+    if (all != kAlphaBits) return false;
+  }
+  return true;
+}
+
+void CopyOpaque(ConstImageView image, Picture& copy) {
+  if (copy.width != image.width || copy.height != image.height) copy = Picture(image.width, image.height);
+  for (int32_t y = 0; y < image.height; ++y) {
+    const uint8_t* from = image.data + static_cast<ptrdiff_t>(y) * image.stride;
+    uint8_t* to = copy.pixels.data() + static_cast<ptrdiff_t>(y) * copy.Step();
+    for (ptrdiff_t x = 0; x < static_cast<ptrdiff_t>(image.width) * 4; x += 4) {
+      uint32_t pixel;
+      std::memcpy(&pixel, from + x, sizeof pixel);
+      pixel |= kAlphaBits;
+      std::memcpy(to + x, &pixel, sizeof pixel);
+    }
+  }
+}
+
+}  // namespace
+
+void EffectRunner::Open(const EffectInfo& effect) {
+  Plugin& plugin = SharedPlugin();
+  info_ = plugin.Effects().WithId(effect.id);
+  if (!info_) throw Error(fmt::format("the catalogue no longer offers {} (id {})", effect.name, effect.id));
+  effect_ = plugin.Create(*info_);
+  restart_ = used_ = false;
+}
+
+void EffectRunner::Close() {
+  effect_.reset();
+  opaque_ = Picture();
+}
+
+void EffectRunner::Render(ConstImageView input, bool isOpaque, ImageView output, FramePlace place,
+                          const FrameValues& values) {
+  if (restart_ && used_ && info_->ordered) effect_ = SharedPlugin().Create(*info_);
+  restart_ = false;
+  used_ = true;
+  if (isOpaque && !IsAllOpaque(input)) {
+    CopyOpaque(input, opaque_);
+    input = {opaque_.pixels.data(), opaque_.width, opaque_.height, opaque_.Step()};
+  }
+  effect_->Render(input, output, place, values);
+}
+
+}  // namespace kvx
