@@ -21,6 +21,7 @@ if command -v gegl >/dev/null && [ -d build/release/lib/gegl-0.4 ]; then
   GEGL_PATH="$PWD/build/release/lib/gegl-0.4:$(pkg-config --variable=pluginsdir gegl-0.4)" \
     gegl out/demo.png -- kvx:warm kvx:snow frame=20 kvx:vignette1 gegl:png-save path=out/gegl.png bitdepth=8
   echo "a chain in GEGL:            out/gegl.png"
+fi
 # Where GStreamer's own tools are: the demo as a clip that went through a pipeline.
 if command -v gst-launch-1.0 >/dev/null && [ -d build/release/lib/gstreamer-1.0 ]; then
   ./build/release/bin/kvx render Warm --opacity 0 --quiet --frames 100 --size 640x360 --raw 640x360 demo - |
