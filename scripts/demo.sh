@@ -30,6 +30,17 @@ if command -v gst-launch-1.0 >/dev/null && [ -d build/release/lib/gstreamer-1.0 
       filesink location=out/gstreamer.ogg
   echo "a clip through GStreamer:   out/gstreamer.ogg"
 fi
+# Where melt is, or was unpacked by get_mlt.sh: a clip through three animated filters.
+if [ -f build/release/lib/mlt-7/libmltkvx.so ] && melt=$(command -v melt || command -v build/mlt/melt); then
+  case $melt in build/*) theirs=build/mlt/modules ;; *) theirs=$(dirname "$(find /usr/lib -name libmltcore.so | head -n 1)") ;; esac
+  modules=$(mktemp -d)
+  ln -s "$(readlink -f "$theirs")"/*.so "$PWD/build/release/lib/mlt-7/libmltkvx.so" "$modules/"
+  ./build/release/bin/kvx render Warm --frames 100 --size 640x360 --overwrite -q demo "$modules/warm.mkv" >/dev/null
+  MLT_REPOSITORY=$modules $melt -silent "$modules/warm.mkv" -attach kvx.brightness 'bringhtness=0=10;50=60;99=40' \
+    -attach kvx.snow 'percent=0=0;99=80' -attach kvx.emboss 'opacity=60=0;99=80' -consumer avformat:out/melt.mp4 real_time=-1
+  rm -rf "$modules"
+  echo "a clip through melt:        out/melt.mp4"
+fi
 echo "all effects on one picture: out/contact-sheet.png"
 echo "one picture per effect:     out/effects/"
 echo "the same as a web page:     out/gallery/index.html"
