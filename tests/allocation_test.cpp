@@ -96,21 +96,6 @@ class Allocation : public testing::Test {
   FrameBuffer dst_{kWidth, kHeight, kPadding};
 };
 
-// The built materials' names, for a picture that is quickly decoded. A JPEG is told from a PNG by its content; it has a
-// test of its own.
-class SmallMaterials {
- public:
-  SmallMaterials() {
-    const std::string png = EncodePng(PlainPicture(20, 12, 40, 120, 200, 128));
-    for (const auto& entry : std::filesystem::directory_iterator(KVX_TEST_RESOURCES "/kvx_effect/material/Merge")) {
-      materials_.Write(entry.path().filename().string(), png);
-    }
-  }
-
- private:
-  TemporaryMaterials materials_;
-};
-
 class FrameAllocation : public Allocation, public testing::WithParamInterface<int32_t> {
  protected:
   static void SetUpTestSuite() { materials_ = std::make_unique<SmallMaterials>(); }

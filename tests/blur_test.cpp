@@ -21,21 +21,6 @@ FrameBuffer CopyOf(const FrameBuffer& frame) {
   return copy;
 }
 
-// Every weight of the triangle by itself, over a line of pixels `distance` bytes apart.
-void BlurLine(uint8_t* line, int32_t n, int32_t distance, int32_t radius, uint64_t multiplier, int shift) {
-  std::vector<uint8_t> blurred;
-  for (int32_t i = 0; i < n; ++i) {
-    for (int32_t c = 0; c < 3; ++c) {
-      uint64_t sum = 0;
-      for (int32_t k = -radius; k <= radius; ++k) {
-        sum += static_cast<uint64_t>(radius + 1 - std::abs(k)) * line[std::clamp(i + k, 0, n - 1) * distance + c];
-      }
-      blurred.push_back(static_cast<uint8_t>(std::min<uint64_t>(sum * multiplier >> shift, line[i * distance + 3])));
-    }
-  }
-  for (int32_t i = 0; i < n; ++i) std::copy_n(&blurred[static_cast<size_t>(i) * 3], 3, line + i * distance);
-}
-
 TEST(StackBlur, EqualBytesComeBackAtEveryRadius) {
   for (int32_t radius = 0; radius <= kMaxStackRadius; ++radius) {
     FrameBuffer frame(4, 3);
@@ -45,25 +30,6 @@ TEST(StackBlur, EqualBytesComeBackAtEveryRadius) {
     const std::vector<uint8_t> before = frame.Packed();
     StackBlur(View(frame), radius);
     ASSERT_EQ(frame.Packed(), before) << radius;
-  }
-}
-
-TEST(StackBlur, IsTheTriangleOfEachRowThenOfEachColumn) {
-  constexpr struct {
-    int32_t radius;
-    uint64_t multiplier;
-    int shift;
-  } kScales[] = {{0, 512, 9}, {1, 512, 11}, {2, 456, 12}, {6, 335, 14}, {9, 328, 15}, {254, 259, 24}};
-  for (const auto& scale : kScales) {
-    FrameBuffer frame(70, 35, 12);
-    frame.FillTestPicture(static_cast<uint32_t>(scale.radius));
-    FrameBuffer expected = CopyOf(frame);
-    for (int32_t y = 0; y < 35; ++y) BlurLine(expected.Pixel(0, y), 70, 4, scale.radius, scale.multiplier, scale.shift);
-    for (int32_t x = 0; x < 70; ++x) {
-      BlurLine(expected.Pixel(x, 0), 35, frame.Step(), scale.radius, scale.multiplier, scale.shift);
-    }
-    StackBlur(View(frame), scale.radius);
-    EXPECT_EQ(frame.Packed(), expected.Packed()) << scale.radius;
   }
 }
 
@@ -85,19 +51,7 @@ TEST(SquareBlur, TurnsFromTriangleToBoxAtRadius254) {
   EXPECT_EQ(box.Data()[1920 * 4], 0xCD) << "padding";
 }
 
-TEST(SquareBlur, BoxSlidesDownTallFrames) {
-  FrameBuffer src(2, 900);
-  src.FillTestPicture();
-  const FrameBuffer box = RunEffect(17, src, {66.7});  // radius 300
-  for (const int32_t y : {0, 300, 301, 599, 600, 899}) {
-    const int32_t first = std::max(y - 300, 0), last = std::min(y + 300, 899);
-    uint32_t sum = 0;
-    for (int32_t i = first; i <= last; ++i) sum += src.Pixel(0, i)[0] + src.Pixel(1, i)[0];
-    EXPECT_EQ(box.Pixel(0, y)[0], sum / (2u * static_cast<uint32_t>(last - first + 1))) << y;
-  }
-}
-
-TEST(SquareBlur, AlphaLimitsColorAtEveryRadius) {
+TEST(SquareBlur, AlphaLimitsColourAtEveryRadius) {
   FrameBuffer src(3, 1);
   src.SetPixel(0, 0, 200, 20, 90, 90);
   src.SetPixel(1, 0, 200, 200, 200, 0);
@@ -108,18 +62,6 @@ TEST(SquareBlur, AlphaLimitsColorAtEveryRadius) {
     EXPECT_EQ(dst.Word(1, 0), 0u);
     EXPECT_EQ(dst.Word(2, 0), 0xFF030201u);
   }
-}
-
-TEST(Glow, IsTheScreenWithTheMeanAbout) {
-  FrameBuffer src(9, 1, 8);  // half is 4.5, so that 100 gives a window of 5
-  for (int32_t x = 0; x < 9; ++x) src.SetPixel(x, 0, 0, 128, 255, 0);
-  src.Pixel(4, 0)[0] = 250;
-  const FrameBuffer itself = RunEffect(63, src, {0});
-  EXPECT_EQ(itself.Word(0, 0), 0x01FFC001u);  // 255 - (127 * 127 >> 8) = 192; black gives 1, alpha too
-  const FrameBuffer glow = RunEffect(63, src, {100});
-  const std::vector<int> expected = {1, 1, 51, 51, 251, 51, 51, 1, 1};  // mean 50: 255 - (255 * 205 >> 8)
-  for (int32_t x = 0; x < 9; ++x) EXPECT_EQ(glow.Pixel(x, 0)[0], expected[static_cast<size_t>(x)]) << x;
-  EXPECT_EQ(glow.Data()[36], 0xCD) << "padding";
 }
 
 TEST(Glow, WindowEndsAt253) {
@@ -147,25 +89,6 @@ TEST(Edgeglow, FlatPixelsByHand) {
   EXPECT_EQ(EdgeglowOfFlat(0, 1, 2, {-1, 0, 0}), 0x07000000u) << "the saturation has no value, nor has the pixel";
   EXPECT_EQ(EdgeglowOfFlat(200, 100, 50, {0, 0, 2}), 0x07000000u) << "L is -125";
   EXPECT_EQ(EdgeglowOfFlat(200, 100, 50, {0, 0, kNan}), 0x07000000u);
-}
-
-TEST(Edgeglow, EdgesAreRelitAndTheRimStays) {
-  FrameBuffer src(6, 4);
-  for (int32_t i = 0; i < 24; ++i) {
-    const uint8_t v = i % 6 < 3 ? 20 : 40;
-    src.SetPixel(i % 6, i / 6, v, v, v, static_cast<uint8_t>(i));
-  }
-  const FrameBuffer dst = RunEffect(29, src, {0.3, 0.5, 0.25});  // edges of 80 above 76.5
-  const std::vector<uint8_t> expected = {20, 15, 60, 80, 30, 40};
-  for (int32_t x = 0; x < 6; ++x) {
-    EXPECT_EQ(dst.Pixel(x, 1)[1], expected[static_cast<size_t>(x)]) << x;
-    EXPECT_EQ(dst.Pixel(x, 1)[3], 6 + x);
-    EXPECT_EQ(dst.Word(x, 0), src.Word(x, 0));
-    EXPECT_EQ(dst.Word(x, 3), src.Word(x, 3));
-  }
-  FrameBuffer rows(6, 2);
-  rows.FillTestPicture();
-  EXPECT_EQ(RunEffect(29, rows, {0, 1, 1}).Packed(), rows.Packed());
 }
 
 TEST(Sharpen, WeighsARowAgainstTheNext) {
@@ -203,13 +126,6 @@ TEST(Maskmate, BlursInsideInclusiveLimits) {
   expectInside({60, 50, 100, 0, 80}, 1, 0, 0, 9);
 }
 
-TEST(Maskmate, PutsBackOneRunOfPixels) {
-  FrameBuffer src(4, 2, 16);
-  src.FillOpaquePicture();
-  const FrameBuffer dst = RunEffect(30, src, {100, 0, 0, 100, 0});
-  EXPECT_TRUE(std::equal(src.Data(), src.Data() + 32, dst.Data()));
-}
-
 TEST(BlurFamily, ChecksTheEffectIdWhereAsked) {
   for (const int32_t id : {29, 30}) {
     const auto processor = MakeEffect(id, 4, 4);
@@ -217,29 +133,6 @@ TEST(BlurFamily, ChecksTheEffectIdWhereAsked) {
     src.FillTestPicture();
     RunFrame(*processor, src, dst, Values(id + 1, {1, 1, 1, 1, 1}));
     EXPECT_EQ(dst.Packed(), std::vector<uint8_t>(64, 0)) << id;
-  }
-}
-
-TEST(BlurFamily, ReportsWhatTheLastFrameLeft) {
-  const struct {
-    int32_t id, index;
-    const char16_t* name;
-    double fresh, after;  // after a frame of 50s
-    int32_t said;
-  } cases[] = {{17, 0, u"Size", 2, 50, 0},     {63, 0, u"Blur", 10, 5000, 0},   {29, 2, u"Redscale", 0, 5000, 2},
-               {12, 0, u"Lowest", 128, 50, 0}, {30, 1, u"Right", 60, 50, 1},    {30, 2, u"Top", 60, 50, 2},
-               {30, 3, u"Bottom", 30, 50, 3},  {30, 4, u"BlurDepth", 10, 50, 3}};
-  for (const auto& c : cases) {
-    const auto processor = MakeEffect(c.id, 2, 2);
-    FilterParamDesc desc{};
-    processor->GetParamDesc(&desc, c.index);
-    EXPECT_EQ(std::u16string(desc.name), c.name);
-    EXPECT_EQ(desc.index, c.said);
-    EXPECT_EQ(desc.defaultValue, c.fresh) << c.id;
-    FrameBuffer frame(2, 2), out(2, 2);
-    RunFrame(*processor, frame, out, Values(c.id, {50, 50, 50, 50, 50}));
-    processor->GetParamDesc(&desc, c.index);
-    EXPECT_EQ(desc.defaultValue, c.after) << c.id;
   }
 }
 

@@ -70,7 +70,7 @@ TEST_F(Boundary, RepeatedGuidIsListedTwiceAndCountedOnce) {
   EXPECT_EQ(info.filterCount, 1u);
   FakeRegistrar registrar;
   EXPECT_EQ(plugin_.registerEffect(0, &registrar), 0);
-  EXPECT_EQ(registrar.calls.at(1), "slot 1: 0x801032") << "the later description stands in the map";
+  EXPECT_EQ(registrar.calls.at(1), "slot 1: " + std::to_string(0x801032)) << "the later description stands in the map";
   EXPECT_EQ(plugin_.registerEffect(1, &registrar), 0);
   EXPECT_EQ(plugin_.registerEffect(2, &registrar), 2);
 }
@@ -110,13 +110,14 @@ TEST_F(Boundary, DeclaresEveryKindToItsSlot) {
   FakeRegistrar registrar;
   Log().clear();
   ASSERT_EQ(plugin_.registerEffect(0, &registrar), 0);
-  EXPECT_EQ(registrar.calls,
-            (std::vector<std::string>{
-                "slot 0: " + GuidOf(71) + " effect71", "slot 1: 0x1032", "slot 2: 0", "slot 5: -1 0 a a 1 9 5 2",
-                "slot 24: -1 1 b b 1 9 5 2", "slot 5: -1 2 c c 1 9 5 1", "slot 6: -1 3 d d 1 9 5 1 2",
-                "slot 7: -1 4 e e 5 1 9 2", "slot 9: -1 5 f f 1 9 5 2", "slot 19: -1 6 g g 1 9 5 0",
-                "slot 6: -1 7 h h 1 9 5 1 1", "slot 21: -1 9 j j 1 9 5 0", "slot 22: -1 10 k k 1 9 5 2",
-                "slot 23: -1 11 l l 1 9 5 2", "slot 20: -1 12 m m null 0", "slot 14: -1 13 n n null 0"}));
+  EXPECT_EQ(
+      registrar.calls,
+      (std::vector<std::string>{"slot 0: " + GuidOf(71) + " effect71", "slot 1: " + std::to_string(0x1032), "slot 2: 0",
+                                "slot 5: -1 0 a a 1 9 5 2", "slot 24: -1 1 b b 1 9 5 2", "slot 5: -1 2 c c 1 9 5 1",
+                                "slot 6: -1 3 d d 1 9 5 1 2", "slot 7: -1 4 e e 5 1 9 2", "slot 9: -1 5 f f 1 9 5 2",
+                                "slot 19: -1 6 g g 1 9 5 0", "slot 6: -1 7 h h 1 9 5 1 1", "slot 21: -1 9 j j 1 9 5 0",
+                                "slot 22: -1 10 k k 1 9 5 2", "slot 23: -1 11 l l 1 9 5 2", "slot 20: -1 12 m m null 0",
+                                "slot 14: -1 13 n n null 0"}));
   EXPECT_EQ(Log(), (std::vector<LogLine>{{2, "Register PureC Effect Success: " + GuidOf(71) + " effect71"}}));
 }
 

@@ -135,6 +135,14 @@ TEST(CatalogueFile, RootsWithSpacesAndOtherLettersWork) {
   EXPECT_EQ(Load("").count, 0u);
 }
 
+TEST(CatalogueFile, PathOfTheHostThatFillsItsBufferIsCutToAnEnd) {
+  LoadedPlugin plugin;
+  plugin.provider.util.endsPath = false;
+  plugin.Start("");
+  EXPECT_EQ(plugin.provider.util.log.at(0).text, "[LoadJsonFromPath]Open PureCFilterConf Failed: " +
+                                                     std::string(511, 'p') + "/kvx_effect/material/PureCFilter.conf");
+}
+
 TEST(DirectoryWalk, GoesDepthFirstInOrderOfNames) {
   const TemporaryDirectory root;
   root.Write("kvx_effect/nle_default/z.conf", Config(25));
@@ -163,9 +171,13 @@ TEST(DirectoryWalk, LastConfigurationWinsAndXmlNamesAnother) {
   root.Write(top + "e/m.conf", Config(54));
   root.Write(top + "e/filter.xml", "<Filter><broken");
   root.Write(top + "f/m.conf", Config(54));
-  root.Write(top + "f/filter.xml", xml(std::string(128, 'n')));  // longer than fits
+  root.Write(top + "f/filter.xml", xml(std::string(128, 'n')));  // one more than fits
+  root.Write(top + "f/" + std::string(128, 'n'), Config(54));
+  root.Write(top + "h/m.conf", Config(54));
+  root.Write(top + "h/filter.xml", xml(std::string(127, 'n')));
+  root.Write(top + "h/" + std::string(127, 'n'), Config(39));
   root.Write(top + "g/m.conf", "not json");
-  EXPECT_EQ(Load(root).guids, (std::vector<std::string>{GuidOf(28), GuidOf(71)}));
+  EXPECT_EQ(Load(root).guids, (std::vector<std::string>{GuidOf(28), GuidOf(71), GuidOf(39)}));
 }
 
 TEST(DirectoryWalk, ConfigurationThatIsNoObjectIsLoggedAndSkipped) {

@@ -69,35 +69,6 @@ TEST(HueShift, TurnsAsWorkedOut) {
   }
 }
 
-TEST(Tint, MixesALineOfColorsWithTheSwappedPicture) {
-  EXPECT_EQ(PixelOf(45, {1, 2, 3, 4, 5, 6, 0}, 10, 20, 30), Pixel(30, 20, 10)) << "no tint swaps bytes 0 and 2";
-  EXPECT_EQ(PixelOf(45, {255, 255, 255, 25.5, 12.75, 66.3, 100}, 0, 0, 0), Pixel(66, 12, 25)) << "black R, G, B";
-  // Luma 0.299, 0.587, 0.114 of bytes 0, 1, 2, cut.
-  EXPECT_EQ(PixelOf(45, {255, 127.5, 51, 0, 0, 0, 100}, 255, 0, 0), Pixel(15, 38, 76));
-  EXPECT_EQ(PixelOf(45, {255, 127.5, 51, 0, 0, 0, 100}, 0, 0, 255), Pixel(5, 14, 29));
-  // Half of white 0.6 and black 0.2 at luma 0.587, half of the swapped bytes.
-  EXPECT_EQ(PixelOf(45, {153, 153, 153, 51, 51, 51, 50}, 0, 255, 0), Pixel(55, 182, 55));
-}
-
-TEST(ColorScale, SlopeServesTheOppositeByte) {
-  FrameBuffer all(256, 1);
-  for (int i = 0; i < 256; ++i) all.SetPixel(i, 0, uint8_t(i), uint8_t(255 - i), uint8_t(i ^ 85), uint8_t(i * 7));
-  EXPECT_EQ(RunEffect(43, all, {255, 255, 255, 255}).Packed(), all.Packed()) << "the default changes nothing";
-  EXPECT_EQ(PixelOf(43, {127.5, 51, 510, 255}, 101, 101, 101), Pixel(202, 20, 50));
-  // Red off, saturation 0: luma of 0 * byte 0, table 1 of byte 1, table 2 of byte 2.
-  EXPECT_EQ(PixelOf(43, {0, 255, 255, 0}, 200, 100, 50), Pixel(75, 75, 75));  // 71.52 + 3.61
-  // Saturation 2 about luma 100 * 0.7152 + 200 * 0.2126 + 50 * 0.0722 = 117.65.
-  EXPECT_EQ(PixelOf(43, {255, 255, 255, 510}, 200, 100, 50), Pixel(255, 82, 0));
-}
-
-TEST(ColorScale, GainFromAThirdToThree) {
-  FrameBuffer all(256, 1);
-  for (int i = 0; i < 256; ++i) all.SetPixel(i, 0, uint8_t(i), uint8_t(255 - i), uint8_t(i ^ 85), uint8_t(i * 7));
-  EXPECT_EQ(RunEffect(49, all, {127.5, 127.5, 127.5}).Packed(), all.Packed());
-  EXPECT_EQ(PixelOf(49, {255, 127.5, 0}, 60, 60, 60), Pixel(20, 60, 180)) << "red scales byte 2, blue byte 0";
-  EXPECT_EQ(PixelOf(49, {255, 255, 255}, 84, 85, 86), Pixel(252, 255, 255));
-}
-
 TEST(PointColor, PrimariesAgainstAMeanThatLeansOnTheFactor) {
   for (const double factor : {31.0, 32.0, 1e9}) {
     EXPECT_EQ(PixelOf(42, {factor}, 127, 128, 255), Pixel(0, 255, 255)) << factor;
@@ -122,40 +93,6 @@ TEST(PointColor, DistancesWrap) {
   EXPECT_EQ(PixelOf(47, {0, 0, 0}, 255, 255, 255), Pixel(56, 56, 56));  // 441.673 * 0.70572 = 311.7
   EXPECT_EQ(PixelOf(47, {0, 0, 0}, 0, 5, 0), Pixel(4, 4, 4));           // 3.53 to the nearest
   EXPECT_EQ(PixelOf(47, {65536 + 7, 0, 0}, 7, 0, 0), Pixel(0, 0, 0)) << "16 bits of each";
-}
-
-TEST(PointColor, CoolBlue) {
-  EXPECT_EQ(PixelOf(363, {}, 100, 101, 77, 0), Pixel(200, 151, 77, 255));
-  EXPECT_EQ(PixelOf(363, {}, 128, 171, 77, 9), Pixel(255, 255, 77, 255));
-}
-
-TEST(Curves, GridOfCellsAndLines) {
-  FrameBuffer src(100, 70, 8);
-  src.FillTestPicture();
-  // Number 72 is 67: pitches 33 and 23, lines of 1 + 1 pixels. NotFillBlack keeps lines, Channel lightens cells.
-  for (const int channel : {0, 1}) {
-    for (const int keep : {0, 1}) {
-      const FrameBuffer dst = RunEffect(21, src, {double(channel), 72, 4, double(keep)});
-      for (int32_t y = 0; y < 70; ++y) {
-        for (int32_t x = 0; x < 100; ++x) {
-          const bool cell = x % 33 > 1 && y % 23 > 1;
-          for (int c = 0; c < 4; ++c) {
-            const int s = src.Pixel(x, y)[c];
-            const int expected = c == 3 ? 0xCD : cell ? (channel ? s / 2 + 127 : s) : keep ? s : 0;
-            ASSERT_EQ(dst.Pixel(x, y)[c], expected) << x << " " << y;
-          }
-        }
-      }
-    }
-  }
-  // Number 6 and less: the pitch is 99 of 100 columns; 50 percent of it is line.
-  const FrameBuffer wide = RunEffect(21, src, {0, -5, 50, 0});
-  EXPECT_EQ(wide.Word(49, 60) & 0xFFFFFF, 0u);
-  EXPECT_EQ(wide.Word(50, 60) & 0xFFFFFF, src.Word(50, 60) & 0xFFFFFF);
-  // Too narrow for any cell.
-  FrameBuffer narrow(1, 30);
-  narrow.Fill(200);
-  EXPECT_EQ(RunEffect(21, narrow, {1, 6, 4, 0}).Word(0, 20), 0xCD000000u);
 }
 
 TEST(Equalize, CountsThePictureInsideBlackBars) {
@@ -190,38 +127,6 @@ TEST(ColorEffects, TakeOrRefuseAsTold) {
     const FrameBuffer run = RunEffect(id, src, {200, 200, 200, 200});
     EXPECT_NE(run.Data()[8], 0xCD) << id;
     EXPECT_EQ(run.Data()[16], 0xCD) << id;
-  }
-}
-
-TEST(ColorEffects, ReportedDefaultsFollowTheLastFrame) {
-  const struct {
-    int32_t id;
-    std::vector<double> fresh, used, after;
-  } cases[] = {{55, {255, 255, 127.5, 0, 1}, {51, 102, 204, 0, 0}, {51, 102, 204, 1, 0}},
-               {41, {95}, {20}, {95}},
-               {45, {140.25, 201.45, 255, 140.25, 12.75, 66.3, 32}, {1, 2, 3, 4, 5, 6, 7}, {1, 2, 3, 4, 5, 6, 7}},
-               {43, {255, 255, 255, 255}, {10, 20, 30, 40}, {10, 20, 30, 40}},
-               {42, {10}, {40.5}, {32}},
-               {44, {0, 0, 0}, {1, 0, 1}, {1, 0, 1}},
-               {49, {127.5, 127.5, 127.5}, {51, 102, 204}, {51, 102, 204}},
-               {47, {44, 21, 89}, {1.5, 2.5, 3.5}, {1, 2, 3}},
-               {21, {1, 72, 4, 1}, {0, 40, 9, 0}, {0, 40, 9, 0}}};
-  for (const auto& c : cases) {
-    const auto processor = MakeEffect(c.id, 1, 1);
-    ParamValueArray values = Values(c.id);
-    std::copy(c.used.begin(), c.used.end(), values.value);
-    for (const auto& expected : {c.fresh, c.after}) {
-      for (size_t i = 0; i < expected.size(); ++i) {
-        FilterParamDesc desc{};
-        processor->GetParamDesc(&desc, static_cast<int32_t>(i));
-        EXPECT_NEAR(desc.defaultValue, expected[i], 1e-4) << c.id << " " << i;
-      }
-      FrameBuffer src(1, 1), dst(1, 1);
-      RunFrame(*processor, src, dst, values);
-    }
-    FilterParamDesc beyond{};
-    processor->GetParamDesc(&beyond, static_cast<int32_t>(c.fresh.size()));
-    EXPECT_EQ(beyond.name[0], 0);
   }
 }
 

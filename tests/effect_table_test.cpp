@@ -17,27 +17,6 @@
 
 namespace {
 
-// A small picture for every name in the table, until the end of a test.
-class SmallMaterials {
- public:
-  SmallMaterials() {
-    FrameBuffer frame(24, 16);
-    kvx::Picture picture(24, 16);
-    uint32_t seed = 0;
-    for (const EffectRow& row : EffectRows()) {
-      for (const char* name : row.materials) {
-        if (!name) continue;
-        frame.FillTestPicture(++seed);
-        picture.pixels = frame.Packed();
-        materials_.Write(name, picture);
-      }
-    }
-  }
-
- private:
-  const TemporaryMaterials materials_;
-};
-
 void SeedRandom(uint32_t seed) {
   Rand rand;
   rand.Seed(seed);

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "platform/clock.h"
+#include "tests/support/draws.h"
 #include "tests/support/frames.h"
 
 namespace {
@@ -81,10 +82,9 @@ TEST(DelayGrab, RandomAgesFollowTheClock) {
   const auto processor = MakeEffect(61, 6, 5);
   const std::vector<int> ages = Ages(*processor, 6, 5, Values(61, {1, 1}));
   PinCalendarSeconds(0);
-  uint32_t state = 77;
+  Draws draws(77);
   for (size_t i = 0; i < ages.size(); ++i) {
-    state = state * 214013 + 2531011;
-    const double u = (state >> 16 & 0x7FFF) / 32767.0;
+    const double u = draws() / 32767.0;
     EXPECT_EQ(ages[i], std::min(static_cast<int>(u * u * 16), 7)) << i;
   }
 }

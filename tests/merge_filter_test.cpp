@@ -1,77 +1,13 @@
 // Merge processors: how the material reaches the engine, what frames show without one, parameters, light effects.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
-#include "engine/engine.h"
+#include "Source/Overlays.h"
 #include "tests/support/frames.h"
 #include "tests/support/materials.h"
 
 using namespace kvx;
 
 namespace {
-
-struct MergeEffect {
-  int32_t id;
-  const char* fileName;
-  uint32_t code;
-};
-// Ids up to 335 stand 1856 below their code, those from 338 on 1855.
-constexpr MergeEffect kMergeEffects[] = {
-    {194, "MergeImage.png", 2050},
-    {196, "AncientCanvas.jpg", 2052},
-    {197, "Filter1.jpg", 2053},
-    {198, "OldPaper.jpg", 2054},
-    {199, "Vignette1.jpg", 2055},
-    {204, "Vignette6.jpg", 2060},
-    {205, "WaterDrop3.jpg", 2061},
-    {207, "OldTV.jpg", 2063},
-    {208, "StencilPosterRed.jpg", 2064},
-    {209, "StencilPosterGreen.jpg", 2065},
-    {210, "StencilPosterBlue.jpg", 2066},
-    {216, "HardLight.jpg", 2072},
-    {217, "color_explosion.png", 2073},
-    {221, "pf_bubble4.png", 2077},
-    {225, "Overlay.jpg", 2081},
-    {241, "LinearDodge.jpg", 2097},
-    {242, "pf_shine2.png", 2098},
-    {243, "pf_raindrop.png", 2099},
-    {251, "MergeLight.jpg", 2107},
-    {254, "Dark.jpg", 2110},
-    {280, "VignetteWhite.jpg", 2136},
-    {294, "Screen.jpg", 2150},
-    {313, "SoftLight.jpg", 2169},
-    {321, "MergeLinear.jpg", 2177},
-    {330, "burntpaper.png", 2186},
-    {332, "LinearBurn.jpg", 2188},
-    {335, "LinearLight.jpg", 2191},
-    {338, "ColorTuneCircle00.png", 2193},
-    {339, "ColorTuneCircle00.png", 2194},
-    {340, "ColorTuneCircle01.png", 2195},
-    {343, "dark.png", 2198},
-    {344, "sketch_black.png", 2199},
-    {345, "sketch_black.png", 2200},
-    {346, "pc_focusColor.png", 2201},
-    {347, "radial3.png", 2202},
-    {348, "oldtime.png", 2203},
-    {349, "sketch.png", 2204},
-    {350, "sketch.png", 2205},
-};
-
-// Each row unlike the next, so that order and size show.
-Picture Stripes(int32_t width, int32_t height) {
-  Picture picture(width, height);
-  for (int32_t y = 0; y < height; ++y) {
-    for (int32_t x = 0; x < width; ++x) {
-      uint8_t* p = picture.Row(y) + 4 * x;
-      p[0] = static_cast<uint8_t>(30 + 60 * y);
-      p[1] = static_cast<uint8_t>(220 - 50 * y);
-      p[2] = static_cast<uint8_t>(20 * x + 10);
-      p[3] = static_cast<uint8_t>(40 + 50 * y);
-    }
-  }
-  return picture;
-}
 
 std::vector<double> Defaults(CBaseFilterProc& processor) {
   std::vector<double> values;
@@ -83,58 +19,31 @@ std::vector<double> Defaults(CBaseFilterProc& processor) {
   return values;
 }
 
-// The frame and this material, first row first, straight through the engine.
-void RunEngine(uint32_t code, FrameBuffer& frame, Picture& material, const std::vector<double>& values) {
-  EngineRecord* record = nullptr;
-  ASSERT_EQ(EngineCreate(&record, code), kEngineDone);
-  if (values.size() == 1) record->level = static_cast<int32_t>(values[0]);
-  if (values.size() == 3) {
-    record->colorRed = static_cast<uint8_t>(values[0]);
-    record->colorGreen = static_cast<uint8_t>(values[1]);
-    record->colorBlue = static_cast<uint8_t>(values[2]);
-  }
-  const EngineImage image = MakeEngineImage(frame.Data(), frame.Width(), frame.Height(), frame.Step());
-  const EngineImage second = MakeEngineImage(material.pixels.data(), material.width, material.height, material.Step());
-  EngineRun(record, &image, &second);
-  EngineFree(record);
-}
-
 TEST(MergeFilter, HandsTheMaterialOverLastRowFirst) {
-  Picture material = Stripes(6, 4), turned(6, 4);
-  for (int32_t y = 0; y < 4; ++y) std::copy_n(material.Row(3 - y), 24, turned.Row(y));
-  for (const MergeEffect& effect : kMergeEffects) {
-    SCOPED_TRACE(effect.id);
-    const TemporaryMaterials materials;
-    materials.Write(effect.fileName, EncodePng(material));  // content decides, not the name
-    const auto processor = MakeEffect(effect.id, 6, 4);
-    FrameBuffer src(6, 4, 12), dst(6, 4, 20), expected(6, 4, 20);
-    src.FillTestPicture();
-    dst.Fill(0xCD);
-    expected.Fill(0xCD);
-    for (int32_t y = 0; y < 4; ++y) std::copy_n(src.Pixel(0, y), 24, expected.Pixel(0, y));
-    ParamValueArray values = Values(effect.id);
-    const std::vector<double> defaults = Defaults(*processor);
-    std::copy(defaults.begin(), defaults.end(), values.value);
-    RunFrame(*processor, src, dst, values);
-    RunEngine(effect.code, expected, turned, defaults);
-    EXPECT_EQ(dst.Packed(), expected.Packed());
-    EXPECT_EQ(dst.Pixel(0, 0)[24], 0xCD) << "row padding";
-  }
+  Picture material = PlainPicture(2, 3, 0, 0, 0, 255);
+  std::fill_n(material.Row(0), 8, uint8_t{255});
+  const TemporaryMaterials materials;
+  materials.Write("MergeImage.png", material);
+  FrameBuffer src(2, 3, 12);
+  const FrameBuffer dst = RunEffect(194, src);
+  EXPECT_EQ(dst.Word(1, 0), 0u);
+  EXPECT_EQ(dst.Word(1, 2), 0x00FFFFFFu);
+  EXPECT_EQ(dst.Pixel(0, 0)[8], 0xCD) << "row padding";
 }
 
 TEST(MergeFilter, ShowsTheSourceWithoutMaterial) {
-  const std::string png = EncodePng(Stripes(40, 4));
-  const TemporaryMaterials empty;
+  const std::string png = EncodePng(PlainPicture(40, 4, 30, 220, 10, 40));
   FrameBuffer src(5, 3, 8);
   src.FillTestPicture();
   const auto showsSource = [&](int32_t id) { return RunEffect(id, src, {50, 50, 50}).Packed() == src.Packed(); };
-  for (const MergeEffect& effect : kMergeEffects) {
+  for (const EffectRow& row : EffectRows()) {
+    if (row.make != MakeMergeFilter || !row.materials[0]) continue;
     const TemporaryMaterials materials;
-    EXPECT_TRUE(showsSource(effect.id)) << effect.id << " missing";
-    materials.Write(effect.fileName, std::string());
-    EXPECT_TRUE(showsSource(effect.id)) << effect.id << " empty";
-    materials.Write(effect.fileName, png.substr(0, png.size() / 2));
-    EXPECT_TRUE(showsSource(effect.id)) << effect.id << " broken";
+    EXPECT_TRUE(showsSource(row.id)) << row.id << " missing";
+    materials.Write(row.materials[0], std::string());
+    EXPECT_TRUE(showsSource(row.id)) << row.id << " empty";
+    materials.Write(row.materials[0], png.substr(0, png.size() / 2));
+    EXPECT_TRUE(showsSource(row.id)) << row.id << " broken";
   }
   const TemporaryMaterials materials;
   materials.Write("MergeImage.png/file", png);
@@ -158,36 +67,9 @@ TEST(MergeFilter, MaterialIsThatOfSetUp) {
   RunFrame(*processor, src, first, Values(194));
   RunFrame(*processor, src, second, Values(194));
   EXPECT_EQ(first.Packed(), second.Packed());
-  Picture plain = PlainPicture(4, 4, 1, 2, 3, 255);
-  FrameBuffer expected(4, 4);
-  expected.FillTestPicture();
-  RunEngine(2050, expected, plain, {});
-  EXPECT_EQ(first.Packed(), expected.Packed());
-}
-
-TEST(MergeFilter, DescribesWhatItReads) {
-  const auto names = [](int32_t id) {
-    const auto processor = MakeEffect(id, 2, 2);
-    std::u16string all;
-    for (int32_t i = 0; i < 12; ++i) {
-      FilterParamDesc desc{};
-      processor->GetParamDesc(&desc, i);
-      if (!desc.name[0]) continue;
-      EXPECT_EQ(desc.index, i);
-      EXPECT_EQ(desc.type, 0);
-      all += std::u16string(desc.name) + u" 0-" +
-             (desc.maximum == 255   ? u"255 "
-              : desc.maximum == 100 ? u"100 "
-                                    : u"? ");
-    }
-    return all;
-  };
-  for (const int32_t id : {193, 208, 209, 210, 332}) EXPECT_EQ(names(id), u"Red 0-255 Green 0-255 Blue 0-255 ");
-  for (const int32_t id : {225, 321}) EXPECT_EQ(names(id), u"Percent 0-100 ");
-  EXPECT_EQ(names(346), u"Position_X 0-100 Position_Y 0-100 ");
-  for (const int32_t id : {194, 207, 216, 221, 254, 330, 335, 345, 350}) EXPECT_EQ(names(id), u"");
-  const auto focus = MakeEffect(346, 2, 2);
-  EXPECT_EQ(Defaults(*focus), (std::vector<double>{50, 50}));
+  // (f * 1 + m * 255 + 255) >> 8 of an opaque material
+  EXPECT_EQ(first.Pixel(2, 1)[0], (src.Pixel(2, 1)[0] + 1 * 255 + 255) >> 8);
+  EXPECT_EQ(first.Pixel(2, 1)[2], (src.Pixel(2, 1)[2] + 3 * 255 + 255) >> 8);
 }
 
 TEST(LightFilter, LiftsOneChannel) {

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 #include <limits>
 
 #include "platform/files.h"
@@ -12,63 +11,6 @@
 using namespace kvx;
 
 namespace {
-
-namespace fs = std::filesystem;
-
-constexpr const char* kMaterials[] = {"MergeImage.png",
-                                      "AncientCanvas.jpg",
-                                      "Filter1.jpg",
-                                      "OldPaper.jpg",
-                                      "Vignette1.jpg",
-                                      "Vignette2.jpg",
-                                      "Vignette3.jpg",
-                                      "Vignette4.jpg",
-                                      "Vignette5.jpg",
-                                      "Vignette6.jpg",
-                                      "WaterDrop3.jpg",
-                                      "OldTV.jpg",
-                                      "StencilPosterRed.jpg",
-                                      "StencilPosterGreen.jpg",
-                                      "StencilPosterBlue.jpg",
-                                      "HardLight.jpg",
-                                      "color_explosion.png",
-                                      "pf_bubble4.png",
-                                      "Overlay.jpg",
-                                      "LinearDodge.jpg",
-                                      "pf_shine2.png",
-                                      "pf_raindrop.png",
-                                      "MergeLight.jpg",
-                                      "Dark.jpg",
-                                      "VignetteWhite.jpg",
-                                      "Screen.jpg",
-                                      "SoftLight.jpg",
-                                      "MergeLinear.jpg",
-                                      "burntpaper.png",
-                                      "LinearBurn.jpg",
-                                      "LinearLight.jpg",
-                                      "ColorTuneCircle00.png",
-                                      "ColorTuneCircle01.png",
-                                      "dark.png",
-                                      "sketch_black.png",
-                                      "pc_focusColor.png",
-                                      "radial3.png",
-                                      "oldtime.png",
-                                      "sketch.png",
-                                      "Sight16_9.png",
-                                      "Sight4_3.png",
-                                      "WindowShades16_9.png",
-                                      "WindowShades4_3.png",
-                                      "Woven16_9.png",
-                                      "Woven4_3.png",
-                                      "Concert16_9.png",
-                                      "Concert4_3.png",
-                                      "NightGlassView16_9.png",
-                                      "NightGlassView4_3.png",
-                                      "CamcorderOn16_9.png",
-                                      "CamcorderOff16_9.png",
-                                      "CamcorderOn4_3.png",
-                                      "CamcorderOff4_3.png",
-                                      "GrungeRays.png"};
 
 // 16 by 9 pixels is exactly 16:9.
 TEST(AspectOverlay, PicksTheFileByExactShape) {
@@ -115,14 +57,13 @@ TEST(AspectOverlay, MissingFileStopsOneFrame) {
     RunFrame(*processor, src, dst, Values(id));
     EXPECT_EQ(dst.Word(1, 1), 0xCDCDCDCDu) << id;
     EXPECT_EQ(src.Packed(), untouched.Packed()) << id;
-    for (const char* name : kMaterials) materials.Write(name, PlainPicture(4, 4, 1, 2, 3, 255));
+    const char* narrow = FindEffectRow(id)->materials[1];
+    materials.Write(narrow, PlainPicture(4, 4, 1, 2, 3, 255));
     RunFrame(*processor, src, dst, Values(id));
     EXPECT_EQ(dst.Word(1, 1), 0xFF000000u | src.Word(1, 1)) << id << " draws from an empty picture, not from the file";
-    for (const char* name : kMaterials) materials.Write(name, "broken");
-    const auto broken = MakeEffect(id, 4, 4);
-    RunFrame(*broken, src, dst, Values(id));
+    materials.Write(narrow, "broken");
+    RunFrame(*MakeEffect(id, 4, 4), src, dst, Values(id));
     EXPECT_EQ(dst.Word(1, 1), 0xFF000000u | src.Word(1, 1)) << id << " a broken file does not stop the frame";
-    for (const char* name : kMaterials) fs::remove(fs::path(materials.Directory()) / name);
   }
 }
 
@@ -177,20 +118,17 @@ TEST(GrungeRay, ShowsThePosterAtHalfStrength) {
 
 // All ids with a material, with good and with mixed materials of another size, over sizes, steps and parameters.
 TEST(Materials, EffectsStayWithinTheirBuffers) {
-  Picture picture(13, 7);
-  for (size_t i = 0; i < picture.pixels.size(); ++i) picture.pixels[i] = static_cast<uint8_t>(i * 41 + (i >> 4));
-  const TemporaryMaterials materials;
-  for (const char* name : kMaterials) materials.Write(name, picture);
+  const SmallMaterials materials;
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (int32_t id = 193; id <= 363; ++id) {
+  for (const EffectRow& row : EffectRows()) {
+    if (!row.materials[0]) continue;
     for (const auto& [width, height] : {std::pair{1, 1}, {2, 1}, {1, 5}, {3, 3}, {16, 9}, {33, 20}}) {
-      const auto processor = MakeEffect(id, width, height);
-      if (!processor) continue;
+      const auto processor = MakeEffect(row.id, width, height);
       FrameBuffer src(width, height, 12), dst(width, height, 4);
       for (const double value : {0.0, 50.0, 100.0, 255.0, -7.0, 1e10, -1e300, kInfinity, std::nan("")}) {
         src.FillTestPicture();
-        RunFrame(*processor, src, dst, Values(id, {value, value, value}));
-        ASSERT_TRUE(src.GuardsIntact() && dst.GuardsIntact()) << id << ", " << width << " by " << height;
+        RunFrame(*processor, src, dst, Values(row.id, {value, value, value}));
+        ASSERT_TRUE(src.GuardsIntact() && dst.GuardsIntact()) << row.id << ", " << width << " by " << height;
       }
     }
   }
@@ -198,15 +136,20 @@ TEST(Materials, EffectsStayWithinTheirBuffers) {
 
 // The build painted every picture, of the kind that its name says, and large enough to hold more than a flat tone.
 TEST(Materials, ArePainted) {
-  const std::string directory = KVX_TEST_RESOURCES "/kvx_effect/material/Merge/";
-  for (const std::string name : kMaterials) {
-    const auto bytes = ReadFile(directory + name);
-    ASSERT_TRUE(bytes) << name;
-    EXPECT_EQ(DetectFormat(*bytes), name.ends_with(".png") ? PictureFormat::kPng : PictureFormat::kJpeg) << name;
-    EXPECT_GT(bytes->size(), 40000u) << name;
-    if (!name.ends_with(".png")) continue;
-    EXPECT_EQ(bytes->substr(16, 8), name.find("4_3") == std::string::npos ? std::string("\0\0\x07\x80\0\0\x04\x38", 8)
-                                                                          : std::string("\0\0\x05\xA0\0\0\x04\x38", 8));
+  for (const EffectRow& row : EffectRows()) {
+    for (const char* material : row.materials) {
+      const std::string name = material ? material : "";
+      if (name.empty()) continue;
+      const auto bytes = ReadFile(KVX_TEST_RESOURCES "/kvx_effect/material/Merge/" + name);
+      ASSERT_TRUE(bytes) << name;
+      EXPECT_GT(bytes->size(), 40000u) << name;
+      const bool isPng = name.ends_with(".png");
+      EXPECT_EQ(DetectFormat(*bytes), isPng ? PictureFormat::kPng : PictureFormat::kJpeg) << name;
+      // Width and height: 1440 or 1920 by 1080.
+      const std::string size = name.find("4_3") == std::string::npos ? std::string("\0\0\x07\x80\0\0\x04\x38", 8)
+                                                                     : std::string("\0\0\x05\xA0\0\0\x04\x38", 8);
+      EXPECT_TRUE(!isPng || bytes->substr(16, 8) == size) << name;
+    }
   }
 }
 

@@ -3,7 +3,6 @@
 #include "framework/pixel_kernels.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <algorithm>
 #include <functional>
@@ -12,23 +11,11 @@
 
 #include "Source/EdgeLight.h"
 #include "framework/row_loops.h"
+#include "tests/support/targets.h"
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
-void OnEveryTarget(const std::function<void()>& check) {
-  const int64_t supported = hwy::SupportedTargets();
-  for (int64_t rest = supported; rest != 0; rest &= rest - 1) {
-    const int64_t target = rest & -rest;
-    hwy::SetSupportedTargetsForTest(target);
-    hwy::GetChosenTarget().Update(target);
-    SCOPED_TRACE(hwy::TargetName(target));
-    check();
-  }
-  hwy::SetSupportedTargetsForTest(0);
-  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-}
 
 // Noise, all 0, all 255; and every value of byte 0 beside its opposite.
 std::vector<Bytes> Rows(size_t size) {

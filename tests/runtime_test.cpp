@@ -134,8 +134,9 @@ struct Probe : CBaseFilterProc {
                                          {u"wide", 4, 0, 5e9},      {u"\u00e9\u20ac\xD800", 0, 0, 1}};
     DescribeParam(desc, index, kRows, {7.9, 1.0, 0.25, 5.0, 4294967298.0, 1.0});
   }
-  void Process(uint8_t*, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) override {
+  void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t, const ParamValueArray* params) override {
     last = *params;
+    lastSource.assign(src, src + int64_t{srcStep} * height);
     lastFrame = currentFrame;
     lastTotal = totalFrames;
     lastRate = frameRate;
@@ -148,6 +149,7 @@ struct Probe : CBaseFilterProc {
   }
   inline static int made, deleted;
   inline static ParamValueArray last;
+  inline static std::vector<uint8_t> lastSource;  // as many rows as the frame has
   inline static int32_t lastFrame, lastTotal;
   inline static double lastRate;
 };
@@ -193,7 +195,7 @@ TEST(RenderPath, MakesOneProcessorPerSize) {
     NLEPureCFilter filter(info);
     filter.Init(Probe::Make, &record);
     Probe::made = Probe::deleted = 0;
-    FrameBuffer small(4, 3), large(6, 3), out(4, 3), outLarge(6, 3);
+    FrameBuffer small(4, 3), large(6, 3), out(4, 3), outLarge(6, 3), outHigh(6, 5);
     const auto render = [&](FrameBuffer& src, FrameBuffer& dst) {
       return filter.Render(src.Data(), src.Width(), src.Height(), src.Step(), 0, 0, 0, 0, dst.Data(), dst.Width(),
                            dst.Height(), dst.Step());
@@ -206,11 +208,13 @@ TEST(RenderPath, MakesOneProcessorPerSize) {
     EXPECT_EQ(Probe::deleted, 1);
     EXPECT_EQ(render(small, outLarge), 0) << "the source's size takes no part";
     EXPECT_EQ(Probe::made, 2);
+    EXPECT_EQ(render(large, outHigh), 0) << "another height alone";
+    EXPECT_EQ(Probe::made, 3);
     EXPECT_EQ(filter.Render(nullptr, 4, 3, 16, 0, 0, 0, 0, out.Data(), 4, 3, 16), 1);
     EXPECT_EQ(filter.Render(small.Data(), 4, 3, 16, 0, 0, 0, 0, nullptr, 4, 3, 16), 1);
-    EXPECT_EQ(Probe::deleted, 1) << "a null frame changes nothing";
+    EXPECT_EQ(Probe::deleted, 2) << "a null frame changes nothing";
   }
-  EXPECT_EQ(Probe::deleted, 2);
+  EXPECT_EQ(Probe::deleted, 3);
 }
 
 TEST(RenderPath, ValuesArriveInCatalogueOrderWithoutAlpha) {
@@ -222,6 +226,9 @@ TEST(RenderPath, ValuesArriveInCatalogueOrderWithoutAlpha) {
   Add(*info, MakeParam("flag", ParamKind::kBool, NLEParamValue::Of(uint8_t{1})));
   Add(*info,
       MakeParam("a name that is much longer than 37 characters", ParamKind::kInt32, NLEParamValue::Of(int32_t{9})));
+  for (int32_t i = 6; i < 13; ++i) {  // there is room for twelve
+    Add(*info, MakeParam(std::to_string(i).c_str(), ParamKind::kInt32, NLEParamValue::Of(i * 10)));
+  }
   NLEPureCFilter filter(info);
   EffectPluginInfo record = ProbeRecord(25);
   record.paramCount = 0;
@@ -232,7 +239,7 @@ TEST(RenderPath, ValuesArriveInCatalogueOrderWithoutAlpha) {
   ASSERT_EQ(filter.Render(src.Data(), 2, 2, 8, 0, 0, 0, 0, dst.Data(), 2, 2, 8), 0);
   EXPECT_EQ(Probe::last.effectId, 25);
   EXPECT_EQ(Probe::last.reserved, 0);
-  const double expected[12] = {0, 1.5, -8, 0.1, 0, 0, 0, 0, 0, 0, 0, 0};
+  const double expected[12] = {0, 1.5, -8, 0.1, 0, 0, 60, 70, 80, 90, 100, 110};
   for (int i = 0; i < 12; ++i) EXPECT_EQ(Probe::last.value[i], expected[i]) << i;
   EXPECT_EQ(Probe::lastFrame, 12);
   EXPECT_EQ(Probe::lastTotal, 34);
@@ -278,6 +285,19 @@ TEST(RenderPath, SourceOfAnotherSizeIsNeverReadBeyondItsEnd) {
       EXPECT_EQ(filter.Render(src.Data(), sw, sh, src.Step(), 0, 0, 0, 0, dst.Data(), 8, 6, 32), 0);
       EXPECT_TRUE(dst.GuardsIntact());
     }
+  }
+}
+
+TEST(RenderPath, SmallerSourceGoesOnWithItsLastRow) {
+  NLEPureCFilter filter(std::make_shared<NLEFilterInfo>());
+  const EffectPluginInfo record = ProbeRecord(25);
+  filter.Init(Probe::Make, &record);
+  FrameBuffer low(4, 2, 12), dst(4, 5);
+  low.FillTestPicture();
+  ASSERT_EQ(filter.Render(low.Data(), 4, 2, low.Step(), 0, 0, 0, 0, dst.Data(), 4, 5, 16), 0);
+  ASSERT_EQ(Probe::lastSource.size(), 5u * 28);
+  for (int32_t y = 0; y < 5; ++y) {
+    EXPECT_EQ(std::memcmp(&Probe::lastSource[28 * static_cast<size_t>(y)], low.Pixel(0, std::min(y, 1)), 28), 0) << y;
   }
 }
 

@@ -61,33 +61,6 @@ TEST(ToneTable, GammaAndThresHold) {
   EXPECT_EQ(MapOf(23, 100)[100], 255);
 }
 
-TEST(ToneTable, ReportedDefaultsFollowTheLastFrame) {
-  const struct {
-    int32_t id;
-    const char16_t* name;
-    double minimum, fresh, maximum, used, after;
-  } cases[] = {{25, u"Bringhtness", 0, 60.546875, 100, 75, 75},
-               {28, u"Contranst", 0, 61.71875, 100, 25, 25},
-               {27, u"Gamma", 1, 50, 100, 75, 1.5},
-               {26, u"Saturation", 0, 50, 100, 25, 25},
-               {23, u"ThresHold", 0, 100, 255, 300, 44}};
-  for (const auto& c : cases) {
-    const auto processor = MakeEffect(c.id, 1, 1);
-    ASSERT_TRUE(processor);
-    FilterParamDesc desc{};
-    processor->GetParamDesc(&desc, 0);
-    EXPECT_EQ(std::u16string(desc.name), c.name);
-    EXPECT_EQ(desc.type, 0);
-    EXPECT_EQ(desc.minimum, c.minimum);
-    EXPECT_EQ(desc.defaultValue, c.fresh);
-    EXPECT_EQ(desc.maximum, c.maximum);
-    FrameBuffer frame(1, 1);
-    RunFrame(*processor, frame, frame, Values(c.id, {c.used}));
-    processor->GetParamDesc(&desc, 0);
-    EXPECT_EQ(desc.defaultValue, c.after) << c.id;
-  }
-}
-
 TEST(PointTone, SaturationWeighsTheChannels) {
   FrameBuffer src(3, 1);
   src.SetPixel(0, 0, 200, 0, 0, 9);
@@ -102,24 +75,6 @@ TEST(PointTone, SaturationWeighsTheChannels) {
   EXPECT_EQ(strong.Word(2, 0), 0x09FF2900u);  // 250 * 4 - 439 clamped, 120 * 4 - 439 = 41, 10 * 4 - 439 clamped
 }
 
-TEST(PointTone, GraysDifferInTheirWeights) {
-  FrameBuffer src(2, 2, 12);
-  src.SetPixel(0, 0, 255, 0, 0, 1);
-  src.SetPixel(1, 0, 0, 0, 255, 2);
-  src.SetPixel(0, 1, 10, 20, 31, 3);
-  src.SetPixel(1, 1, 1, 1, 0, 4);
-  const FrameBuffer bw = RunEffect(46, src);  // honours steps
-  EXPECT_EQ(bw.Word(0, 0), 0x01555555u);
-  EXPECT_EQ(bw.Word(0, 1), 0x03141414u);
-  EXPECT_EQ(bw.Word(1, 1), 0x04000000u);
-  FrameBuffer packed(2, 1);
-  packed.SetPixel(0, 0, 255, 0, 0, 1);
-  packed.SetPixel(1, 0, 0, 0, 255, 2);
-  const FrameBuffer luminance = RunEffect(54, packed);
-  EXPECT_EQ(luminance.Word(0, 0), 0x014C4C4Cu);  // 30 % on byte 0
-  EXPECT_EQ(luminance.Word(1, 0), 0x021C1C1Cu);  // 11 % on byte 2
-}
-
 TEST(PointTone, EffectsThatTakeTheFrameAsOneRunIgnoreSteps) {
   for (const int32_t id : {25, 26, 27, 28, 71, 54, 23}) {
     FrameBuffer padded(5, 4, 20);
@@ -130,15 +85,6 @@ TEST(PointTone, EffectsThatTakeTheFrameAsOneRunIgnoreSteps) {
     const FrameBuffer fromRun = RunEffect(id, run, {60});
     EXPECT_TRUE(std::equal(fromRun.Data(), fromRun.Data() + 80, fromPadded.Data())) << id;
     EXPECT_EQ(fromPadded.Data()[80], 0xCD) << id;
-  }
-}
-
-TEST(PointTone, InvertKeepsAlpha) {
-  FrameBuffer src(33, 5);
-  src.FillTestPicture();
-  const FrameBuffer dst = RunEffect(71, src);
-  for (int32_t y = 0; y < 5; ++y) {
-    for (int32_t x = 0; x < 33; ++x) EXPECT_EQ(dst.Word(x, y), src.Word(x, y) ^ 0x00FFFFFF);
   }
 }
 

@@ -8,7 +8,6 @@
 #include <cstring>
 #include <fstream>
 #include <mutex>
-#include <sstream>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -31,6 +30,7 @@ void TemporaryDirectory::Write(const std::string& name, const std::string& conte
 void FakeUtil::GetHostPath(int32_t kind, char* buffer, int32_t size) {
   asked = std::to_string(kind) + " " + buffer + " " + std::to_string(size);
   std::snprintf(buffer, static_cast<size_t>(size), "%s", root.c_str());
+  if (!endsPath) std::memset(buffer, 'p', static_cast<size_t>(size));
 }
 
 void FakeUtil::HostLog(int32_t level, const char* format, ...) {
@@ -48,76 +48,6 @@ int32_t FakeProvider::GetSuite(const char* name, int32_t version, void** suite) 
   asked.push_back(std::string(name) + " " + std::to_string(version));
   if (std::strcmp(name, "Host Util Suite") == 0 && offersUtil) *suite = &util;
   return 7;  // ignored
-}
-
-namespace {
-template <typename... Args>
-std::string Line(int slot, const Args&... args) {
-  std::ostringstream out;
-  out << "slot " << slot << ":";
-  ((out << ' ' << args), ...);
-  return out.str();
-}
-const char* Shown(const char* text) {
-  return text ? text : "null";
-}
-}  // namespace
-
-void FakeRegistrar::Identity(const char* guid, const char* name) {
-  calls.push_back(Line(0, guid, name));
-}
-void FakeRegistrar::Flags(uint32_t flags) {
-  std::ostringstream out;
-  out << "slot 1: 0x" << std::hex << flags;
-  calls.push_back(out.str());
-}
-void FakeRegistrar::Reserved2(int32_t value) {
-  calls.push_back(Line(2, value));
-}
-void FakeRegistrar::Float(int32_t g, int32_t i, const char* n, const char* l, float a, float b, float c, int32_t v) {
-  calls.push_back(Line(5, g, i, n, l, a, b, c, v));
-}
-void FakeRegistrar::Integer(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                            int32_t r, int32_t v) {
-  calls.push_back(Line(6, g, i, n, l, a, b, c, r, v));
-}
-void FakeRegistrar::Color(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                          int32_t v) {
-  calls.push_back(Line(7, g, i, n, l, a, b, c, v));
-}
-void FakeRegistrar::CheckBox(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                             int32_t v) {
-  calls.push_back(Line(9, g, i, n, l, a, b, c, v));
-}
-void FakeRegistrar::Text(int32_t g, int32_t i, const char* n, const char* l, const char* r, int32_t v) {
-  calls.push_back(Line(14, g, i, n, l, Shown(r), v));
-}
-void FakeRegistrar::Double(int32_t g, int32_t i, const char* n, const char* l, double a, double b, double c,
-                           int32_t v) {
-  calls.push_back(Line(18, g, i, n, l, a, b, c, v));
-}
-void FakeRegistrar::NinePositions(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                                  int32_t v) {
-  calls.push_back(Line(19, g, i, n, l, a, b, c, v));
-}
-void FakeRegistrar::MaskList(int32_t g, int32_t i, const char* n, const char* l, const char* r, int32_t v) {
-  calls.push_back(Line(20, g, i, n, l, Shown(r), v));
-}
-void FakeRegistrar::MosaicList(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                               int32_t v) {
-  calls.push_back(Line(21, g, i, n, l, a, b, c, v));
-}
-void FakeRegistrar::FirstColor(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                               int32_t v) {
-  calls.push_back(Line(22, g, i, n, l, a, b, c, v));
-}
-void FakeRegistrar::LastColor(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                              int32_t v) {
-  calls.push_back(Line(23, g, i, n, l, a, b, c, v));
-}
-void FakeRegistrar::SpecialFloat(int32_t g, int32_t i, const char* n, const char* l, float a, float b, float c,
-                                 int32_t v) {
-  calls.push_back(Line(24, g, i, n, l, a, b, c, v));
 }
 
 int32_t FakeContext::ParameterValue(const char* name, int64_t atFrame, HostParamValue* value) {

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,7 @@ class FakeUtil : public HostUtilSuite {
   void HostLog(int32_t level, const char* format, ...) override;
 
   std::string root;
+  bool endsPath = true;  // false: the path fills the buffer, and no end stands behind it
   std::vector<LogLine> log;
   std::string asked;  // what GetHostPath was called with
 };
@@ -50,29 +52,48 @@ class FakeProvider : public HostSuiteProvider {
 // Every call as one line of text: "slot 5: -1 0 Name Name 0 100 50 2".
 class FakeRegistrar : public HostEffectRegistrar {
  public:
-  void Identity(const char* guid, const char* name) override;
-  void Flags(uint32_t flags) override;
-  void Reserved2(int32_t value) override;
-  void Float(int32_t g, int32_t i, const char* n, const char* l, float a, float b, float c, int32_t v) override;
-  void Integer(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c, int32_t r,
-               int32_t v) override;
-  void Color(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c, int32_t v) override;
-  void CheckBox(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                int32_t v) override;
-  void Text(int32_t g, int32_t i, const char* n, const char* l, const char* r, int32_t v) override;
-  void Double(int32_t g, int32_t i, const char* n, const char* l, double a, double b, double c, int32_t v) override;
-  void NinePositions(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                     int32_t v) override;
-  void MaskList(int32_t g, int32_t i, const char* n, const char* l, const char* r, int32_t v) override;
-  void MosaicList(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                  int32_t v) override;
-  void FirstColor(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                  int32_t v) override;
-  void LastColor(int32_t g, int32_t i, const char* n, const char* l, int32_t a, int32_t b, int32_t c,
-                 int32_t v) override;
-  void SpecialFloat(int32_t g, int32_t i, const char* n, const char* l, float a, float b, float c, int32_t v) override;
+  using Int = int32_t;
+  using Name = const char*;
+  void Identity(Name guid, Name name) override { Add(0, guid, name); }
+  void Flags(uint32_t flags) override { Add(1, flags); }
+  void Reserved2(Int value) override { Add(2, value); }
+  void Float(Int g, Int i, Name n, Name l, float a, float b, float c, Int v) override {
+    Add(5, g, i, n, l, a, b, c, v);
+  }
+  void Integer(Int g, Int i, Name n, Name l, Int a, Int b, Int c, Int r, Int v) override {
+    Add(6, g, i, n, l, a, b, c, r, v);
+  }
+  void Color(Int g, Int i, Name n, Name l, Int a, Int b, Int c, Int v) override { Add(7, g, i, n, l, a, b, c, v); }
+  void CheckBox(Int g, Int i, Name n, Name l, Int a, Int b, Int c, Int v) override { Add(9, g, i, n, l, a, b, c, v); }
+  void Text(Int g, Int i, Name n, Name l, Name r, Int v) override { Add(14, g, i, n, l, r ? r : "null", v); }
+  void Double(Int g, Int i, Name n, Name l, double a, double b, double c, Int v) override {
+    Add(18, g, i, n, l, a, b, c, v);
+  }
+  void NinePositions(Int g, Int i, Name n, Name l, Int a, Int b, Int c, Int v) override {
+    Add(19, g, i, n, l, a, b, c, v);
+  }
+  void MaskList(Int g, Int i, Name n, Name l, Name r, Int v) override { Add(20, g, i, n, l, r ? r : "null", v); }
+  void MosaicList(Int g, Int i, Name n, Name l, Int a, Int b, Int c, Int v) override {
+    Add(21, g, i, n, l, a, b, c, v);
+  }
+  void FirstColor(Int g, Int i, Name n, Name l, Int a, Int b, Int c, Int v) override {
+    Add(22, g, i, n, l, a, b, c, v);
+  }
+  void LastColor(Int g, Int i, Name n, Name l, Int a, Int b, Int c, Int v) override { Add(23, g, i, n, l, a, b, c, v); }
+  void SpecialFloat(Int g, Int i, Name n, Name l, float a, float b, float c, Int v) override {
+    Add(24, g, i, n, l, a, b, c, v);
+  }
 
   std::vector<std::string> calls;
+
+ private:
+  template <typename... Args>
+  void Add(int slot, const Args&... args) {
+    std::ostringstream out;
+    out << "slot " << slot << ":";
+    ((out << ' ' << args), ...);
+    calls.push_back(out.str());
+  }
 };
 
 class FakeImage : public HostImage {

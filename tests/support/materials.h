@@ -5,6 +5,7 @@
 #include <string>
 
 #include "codecs/picture.h"
+#include "framework/factory/effect_table.h"
 #include "kvx/exports.h"
 #include "platform/text.h"
 #include "tests/support/fake_host.h"
@@ -23,6 +24,24 @@ class TemporaryMaterials {
 
  private:
   const TemporaryDirectory directory_;
+};
+
+// A small picture under every name in the effect table. All are PNG inside: content decides, not the name.
+class SmallMaterials : public TemporaryMaterials {
+ public:
+  SmallMaterials() {
+    FrameBuffer frame(24, 16);
+    kvx::Picture picture(24, 16);
+    uint32_t seed = 0;
+    for (const EffectRow& row : EffectRows()) {
+      for (const char* name : row.materials) {
+        if (!name) continue;
+        frame.FillTestPicture(++seed);
+        picture.pixels = frame.Packed();
+        Write(name, kvx::EncodePng(picture));
+      }
+    }
+  }
 };
 
 // Every pixel the same.
