@@ -61,7 +61,7 @@ TEST(ColorLook, SineContrastDoesNotWrapAtItsTop) {
   frame.SetPixel(0, 0, 0, 42, 128, 7);
   frame.SetPixel(1, 0, 213, 214, 255, 8);
   const EngineImage image = MakeEngineImage(frame.Data(), 2, 1, frame.Step());
-  EXPECT_EQ(EngineRun(record, &image, nullptr), kEngineDone);
+  EXPECT_EQ(EngineRunFrom(record, image, image, nullptr), kEngineDone);
   EXPECT_EQ(frame.Word(0, 0), 0x07800000u);
   EXPECT_EQ(frame.Word(1, 0), 0x08FFFFFFu);  // 85 * 1.5 pi / 256 is short of the limit, 86 beyond it
   EngineFree(record);

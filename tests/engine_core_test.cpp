@@ -75,17 +75,16 @@ TEST(EngineRun, RefusesAndTouchesNothing) {
   bad[5].stepBytes = 0;
   bad[6].bitsPerPixel = 24;
   bad[7].width = -4;
-  for (const EngineImage& image : bad) EXPECT_EQ(EngineRun(record.get(), &image, nullptr), kEngineBadImage);
-  EXPECT_EQ(EngineRun(record.get(), nullptr, nullptr), kEngineBadImage);
+  for (const EngineImage& image : bad) EXPECT_EQ(EngineRunFrom(record.get(), image, image, nullptr), kEngineBadImage);
   EXPECT_EQ(record->width, 0);
-  EXPECT_EQ(EngineRun(nullptr, &good, nullptr), kEngineBadRecord);
+  EXPECT_EQ(EngineRunFrom(nullptr, good, good, nullptr), kEngineBadRecord);
   record->structSize += 1;
-  EXPECT_EQ(EngineRun(record.get(), &good, nullptr), kEngineBadRecord);
+  EXPECT_EQ(EngineRunFrom(record.get(), good, good, nullptr), kEngineBadRecord);
   EXPECT_EQ(EngineFree(record.get()), kEngineBadRecord);
   record->structSize -= 1;
-  EXPECT_EQ(EngineRun(Create(70).get(), &good, nullptr), kEngineFailed);
+  EXPECT_EQ(EngineRunFrom(Create(70).get(), good, good, nullptr), kEngineFailed);
   EXPECT_EQ(frame.Packed(), before);
-  EXPECT_EQ(EngineRun(record.get(), &good, nullptr), kEngineDone);
+  EXPECT_EQ(EngineRunFrom(record.get(), good, good, nullptr), kEngineDone);
   EXPECT_NE(frame.Packed(), before);
 }
 
@@ -93,13 +92,13 @@ TEST(EngineRun, SizeChangeMarksParticlesOnly) {
   FrameBuffer wide(4, 3), high(3, 4);
   const EngineImage first = ImageOf(wide), second = ImageOf(high);
   const Record record = Create(50);  // keeps tables
-  EngineRun(record.get(), &first, nullptr);
+  EngineRunFrom(record.get(), first, first, nullptr);
   EXPECT_EQ(record->dirtyFlags, kDirtyAll & ~kDirtyTables);
   record->dirtyFlags = 0;
   record->tableBuffer[0] = 77;
-  EngineRun(record.get(), &first, nullptr);
+  EngineRunFrom(record.get(), first, first, nullptr);
   EXPECT_EQ(record->dirtyFlags, 0u);
-  EngineRun(record.get(), &second, nullptr);
+  EngineRunFrom(record.get(), second, second, nullptr);
   EXPECT_EQ(record->dirtyFlags, kDirtyParticles);
   EXPECT_TRUE(record->width == 3 && record->height == 4);
   EXPECT_EQ(record->tableBuffer[0], 77) << "tables are not built again";

@@ -50,7 +50,7 @@ TEST(Particles, StartAnewWithSizeOrNumberOnly) {
   const auto run = [record](FrameBuffer& frame, int level) {
     record->level = level;
     const EngineImage image = MakeEngineImage(frame.Data(), frame.Width(), frame.Height(), frame.Step());
-    EXPECT_EQ(EngineRun(record, &image, nullptr), kEngineDone);
+    EXPECT_EQ(EngineRunFrom(record, image, image, nullptr), kEngineDone);
     const auto* words = reinterpret_cast<const int32_t*>(record->tableBuffer);
     return std::vector<int32_t>(words + 1, words + 3);  // the first star's place
   };

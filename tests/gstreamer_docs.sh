@@ -15,7 +15,7 @@ block() { sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$document" | grep -v '^```'; }
 block sh >lines.sh
 block c >fade.c
 bash -eu lines.sh >listing
-[ "$(grep -c '^  kvx-' listing)" = 242 ]
+[ "$(grep -c '^  kvx-' listing)" = "$("$kvx" list --json | grep -c '"guid"')" ]
 "$kvx" render Invert --quiet --raw 64x36 - - <in.raw | cmp - out.raw
 
 # shellcheck disable=SC2046

@@ -18,7 +18,7 @@ class Merge {
 
   int32_t Run(FrameBuffer& frame, FrameBuffer& material) {
     const EngineImage image = ImageOf(frame), second = ImageOf(material);
-    return EngineRun(record, &image, &second);
+    return EngineRunFrom(record, image, image, &second);
   }
 
   EngineRecord* record = nullptr;
@@ -91,8 +91,8 @@ TEST(Merge, StatusesAndMissingMaterial) {
   empty.pixels = nullptr;
   for (const uint32_t code : {2050u, 2051u, 2177u, 2193u, 2201u, 2205u}) {
     Merge merge(code);
-    EXPECT_EQ(EngineRun(merge.record, &image, nullptr), kEngineBadImage) << code;
-    EXPECT_EQ(EngineRun(merge.record, &image, &empty), kEngineBadImage) << code;
+    EXPECT_EQ(EngineRunFrom(merge.record, image, image, nullptr), kEngineBadImage) << code;
+    EXPECT_EQ(EngineRunFrom(merge.record, image, image, &empty), kEngineBadImage) << code;
   }
   for (const uint32_t code :
        {2051u, 2062u, 2071u, 2079u, 2095u, 2106u, 2109u, 2115u, 2168u, 2176u, 2185u, 2190u, 2192u}) {
@@ -101,7 +101,7 @@ TEST(Merge, StatusesAndMissingMaterial) {
   }
   EXPECT_EQ(frame.Packed(), before.Packed());
   Merge tint(2049);
-  EXPECT_EQ(EngineRun(tint.record, &image, nullptr), kEngineDone);
+  EXPECT_EQ(EngineRunFrom(tint.record, image, image, nullptr), kEngineDone);
   EXPECT_NE(frame.Packed(), before.Packed());
 }
 

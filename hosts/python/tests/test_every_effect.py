@@ -26,13 +26,12 @@ def differing(effects, start):
 
 def test_effects_without_randomness():
     steady = [effect.id for effect in kvx.effects() if not effect.random]
-    assert len(steady) == 220
-    assert differing(steady, "fork") == []
+    assert steady and differing(steady, "fork") == []
 
 
 def test_effects_that_seed_themselves_from_the_calendar():
     left = [effect.id for effect in kvx.effects() if effect.random]
-    assert len(left) == 22
+    assert left
     # A second can turn between Python and the command. Each process must start the plug-in by itself.
     for _ in range(20):
         left = left and differing(left, "spawn")

@@ -114,10 +114,6 @@ int32_t Run(EngineRecord* record, const EngineImage* from, const EngineImage* im
 
 }  // namespace
 
-int32_t EngineRun(EngineRecord* record, const EngineImage* image, const EngineImage* second) {
-  return Run(record, image, image, second);
-}
-
 int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const EngineImage& image,
                       const EngineImage* second) {
   return Run(record, &from, &image, second);
