@@ -8,7 +8,7 @@
 
 #include "codecs/picture.h"
 #include "hosts/gegl/frames.h"
-#include "hosts/gegl/shared_plugin.h"
+#include "hosts/gegl/operations_plugin.h"
 
 namespace kvx {
 
@@ -165,7 +165,7 @@ void RenderFrame(GeglOperation* operation, Plugin& plugin, ConstImageView in, Im
 // False if the effect cannot be had; that has been told then.
 bool RenderPicture(GeglOperation* operation, GeglOperationContext* context, GeglBuffer* input, const GeglRectangle& box,
                    const GeglRectangle& region) {
-  Plugin* const plugin = SharedPlugin();
+  Plugin* const plugin = OperationsPlugin();
   if (!plugin) return false;
   try {
     const Babl* format = FormatOf(operation);

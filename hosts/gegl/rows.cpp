@@ -4,8 +4,8 @@
 
 #include <map>
 
-#include "hostkit/locate.h"
-#include "hosts/gegl/shared_plugin.h"
+#include "hostkit/shared_plugin.h"
+#include "hosts/gegl/operations_plugin.h"
 
 namespace kvx {
 
@@ -47,21 +47,12 @@ OperationRow RowOf(const EffectInfo& effect) {
           ParamTracks(effect, {}, 100)};
 }
 
-EffectList Description() {
-  try {
-    return ReadDescription(DefaultResourceRoot());
-  } catch (const Error& error) {
-    WarnOnce(error.what());
-    return BuiltinDescription();
-  }
-}
-
 }  // namespace
 
 const std::vector<OperationRow>& Rows() {
   static const auto* const rows = [] {
     auto* made = new std::vector<OperationRow>;
-    const EffectList effects = Description();
+    const EffectList effects = DescribedEffects(WarnOnce);
     for (const EffectInfo& effect : effects.All()) made->push_back(RowOf(effect));
     return made;
   }();

@@ -1,33 +1,21 @@
 #include "hosts/gstreamer/effect_runner.h"
 
-#include <fmt/format.h>
 #include <gst/gst.h>
 
 #include <cstring>
-#include <mutex>
 
+#include "hostkit/shared_plugin.h"
 #include "hosts/gstreamer/video_effect.h"
 
 namespace kvx {
 
 namespace {
 
-constexpr int32_t kLogError = 4;
-
-// One for all elements of the process. It is never unloaded: no order of unloading is safe while pipelines may run.
-Plugin& SharedPlugin() {
-  static std::mutex loading;
-  static Plugin* plugin = nullptr;
-  const std::lock_guard lock(loading);
-  if (!plugin) {
-    PluginOptions options;
-    options.log = [](int32_t level, const std::string& line) {
-      GST_CAT_LEVEL_LOG(DebugCategory(), level >= kLogError ? GST_LEVEL_WARNING : GST_LEVEL_DEBUG, nullptr, "%s",
-                        line.c_str());
-    };
-    plugin = new Plugin(std::move(options));
-  }
-  return *plugin;
+Plugin& ElementsPlugin() {
+  return SharedPlugin([](int32_t level, const std::string& line) {
+    GST_CAT_LEVEL_LOG(DebugCategory(), level >= kHostLogError ? GST_LEVEL_WARNING : GST_LEVEL_DEBUG, nullptr, "%s",
+                      line.c_str());
+  });
 }
 
 constexpr uint32_t kAlphaBits = 0xFF000000u;
@@ -63,9 +51,8 @@ void CopyOpaque(ConstImageView image, Picture& copy) {
 }  // namespace
 
 void EffectRunner::Open(const EffectInfo& effect) {
-  Plugin& plugin = SharedPlugin();
-  info_ = plugin.Effects().WithId(effect.id);
-  if (!info_) throw Error(fmt::format("the catalogue no longer offers {} (id {})", effect.name, effect.id));
+  Plugin& plugin = ElementsPlugin();
+  info_ = &OfferedEffect(plugin, effect);
   effect_ = plugin.Create(*info_);
   restart_ = used_ = false;
 }
@@ -77,7 +64,7 @@ void EffectRunner::Close() {
 
 void EffectRunner::Render(ConstImageView input, bool isOpaque, ImageView output, FramePlace place,
                           const FrameValues& values) {
-  if (restart_ && used_ && info_->ordered) effect_ = SharedPlugin().Create(*info_);
+  if (restart_ && used_ && info_->ordered) effect_ = ElementsPlugin().Create(*info_);
   restart_ = false;
   used_ = true;
   if (isOpaque && !IsAllOpaque(input)) {

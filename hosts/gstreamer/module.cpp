@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "hostkit/effects.h"
-#include "hostkit/error.h"
 #include "hostkit/locate.h"
+#include "hostkit/shared_plugin.h"
 #include "hosts/gstreamer/video_effect.h"
 
 #define PACKAGE "kvx"
@@ -23,21 +23,13 @@ void DependOn(GstPlugin* module, const std::string& description) {
   gst_plugin_add_dependency(module, variables, directories, files, GST_PLUGIN_DEPENDENCY_FLAG_NONE);
 }
 
-kvx::EffectList ReadEffects(const std::string& root) {
-  try {
-    return kvx::ReadDescription(root);
-  } catch (const kvx::Error& error) {
-    // The elements then say on opening what is wrong with the resources.
-    GST_CAT_WARNING(kvx::DebugCategory(), "%s", error.what());
-    return kvx::BuiltinDescription();
-  }
-}
-
 gboolean Init(GstPlugin* module) {
   const std::string root = kvx::DefaultResourceRoot();
   DependOn(module, kvx::DescriptionPath(root));
   // The elements' types refer to it for as long as the process lives.
-  static const auto* const effects = new kvx::EffectList(ReadEffects(root));
+  // If the description is damaged they say on opening what is wrong with the resources.
+  static const auto* const effects = new kvx::EffectList(kvx::DescribedEffects(
+      [](const std::string& line) { GST_CAT_WARNING(kvx::DebugCategory(), "%s", line.c_str()); }));
   bool done = true;
   for (const kvx::EffectInfo& effect : effects->All()) done = kvx::RegisterEffect(module, effect) && done;
   return done;

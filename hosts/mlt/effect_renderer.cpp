@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "hostkit/pixels.h"
-#include "hosts/mlt/shared_plugin.h"
+#include "hosts/mlt/create_effect.h"
 
 namespace kvx {
 

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <string>
 
-#include "hostkit/locate.h"
+#include "hostkit/shared_plugin.h"
 #include "hosts/mlt/effect_renderer.h"
 #include "hosts/mlt/frame_order.h"
 #include "hosts/mlt/frame_place.h"
@@ -126,14 +126,9 @@ mlt_frame Process(mlt_filter filter, mlt_frame frame) {
 
 // Read once; it must stay as long as the module does.
 const EffectList& Effects() {
-  static const auto* const effects = [] {
-    try {
-      return new EffectList(ReadDescription(DefaultResourceRoot()));
-    } catch (const Error& error) {
-      mlt_log_error(nullptr, "kvx: %s; taking the built-in description\n", error.what());
-      return new EffectList(BuiltinDescription());
-    }
-  }();
+  static const auto* const effects = new EffectList(DescribedEffects([](const std::string& line) {
+    mlt_log_error(nullptr, "kvx: %s; taking the built-in description\n", line.c_str());
+  }));
   return *effects;
 }
 

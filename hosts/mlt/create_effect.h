@@ -1,6 +1,6 @@
-// The one plug-in of the process.
-#ifndef KVX_HOSTS_MLT_SHARED_PLUGIN_H_
-#define KVX_HOSTS_MLT_SHARED_PLUGIN_H_
+// Effects of the one plug-in of the process.
+#ifndef KVX_HOSTS_MLT_CREATE_EFFECT_H_
+#define KVX_HOSTS_MLT_CREATE_EFFECT_H_
 
 #include <memory>
 
@@ -14,4 +14,4 @@ std::unique_ptr<Effect> CreateEffect(const EffectInfo& effect);
 
 }  // namespace kvx
 
-#endif  // KVX_HOSTS_MLT_SHARED_PLUGIN_H_
+#endif  // KVX_HOSTS_MLT_CREATE_EFFECT_H_

@@ -1,10 +1,12 @@
-#include "hosts/mlt/shared_plugin.h"
+#include "hosts/mlt/create_effect.h"
 
 #include <framework/mlt.h>
 
 #include <mutex>
 #include <set>
 #include <string>
+
+#include "hostkit/shared_plugin.h"
 
 namespace kvx {
 
@@ -22,22 +24,11 @@ void Log(int32_t level, const std::string& line) {
   }
 }
 
-Plugin& SharedPlugin() {
-  static Plugin* const plugin = [] {
-    PluginOptions options;
-    options.log = Log;
-    return new Plugin(std::move(options));
-  }();
-  return *plugin;
-}
-
 }  // namespace
 
 std::unique_ptr<Effect> CreateEffect(const EffectInfo& effect) {
-  Plugin& plugin = SharedPlugin();
-  const EffectInfo* offered = plugin.Effects().WithId(effect.id);
-  if (!offered) throw Error("the catalogue does not offer " + effect.name);
-  return plugin.Create(*offered);
+  Plugin& plugin = SharedPlugin(Log);
+  return plugin.Create(OfferedEffect(plugin, effect));
 }
 
 }  // namespace kvx

@@ -1,25 +1,27 @@
-#include "hosts/gegl/shared_plugin.h"
+#include "hosts/gegl/operations_plugin.h"
 
 #include <glib.h>
 
 #include <mutex>
 #include <set>
 
+#include "hostkit/shared_plugin.h"
+
 namespace kvx {
 
 namespace {
 
+void Log(int32_t level, const std::string& line) {
+  if (level >= kHostLogError) {
+    WarnOnce(line);
+  } else {
+    g_debug("%s", line.c_str());
+  }
+}
+
 Plugin* Load() {
   try {
-    PluginOptions options;
-    options.log = [](int32_t level, const std::string& line) {
-      if (level >= kHostLogError) {
-        WarnOnce(line);
-      } else {
-        g_debug("%s", line.c_str());
-      }
-    };
-    return new Plugin(std::move(options));
+    return &SharedPlugin(Log);
   } catch (const std::exception& error) {
     WarnOnce(std::string("kvx operations show their input: ") + error.what() +
              "; KVX_PLUGIN and KVX_RESOURCES name other places");
@@ -29,7 +31,7 @@ Plugin* Load() {
 
 }  // namespace
 
-Plugin* SharedPlugin() {
+Plugin* OperationsPlugin() {
   static Plugin* const plugin = Load();
   return plugin;
 }

@@ -1,6 +1,6 @@
 // The one plug-in of the process, and how operations complain.
-#ifndef KVX_HOSTS_GEGL_SHARED_PLUGIN_H_
-#define KVX_HOSTS_GEGL_SHARED_PLUGIN_H_
+#ifndef KVX_HOSTS_GEGL_OPERATIONS_PLUGIN_H_
+#define KVX_HOSTS_GEGL_OPERATIONS_PLUGIN_H_
 
 #include <string>
 
@@ -9,11 +9,11 @@
 namespace kvx {
 
 // Loaded on first use and kept until the process ends. Null, after one warning, if it cannot be loaded. Any thread.
-Plugin* SharedPlugin();
+Plugin* OperationsPlugin();
 
 // A warning on GLib's log, domain "kvx": each line once in a process. Any thread.
 void WarnOnce(const std::string& line);
 
 }  // namespace kvx
 
-#endif  // KVX_HOSTS_GEGL_SHARED_PLUGIN_H_
+#endif  // KVX_HOSTS_GEGL_OPERATIONS_PLUGIN_H_
