@@ -39,6 +39,10 @@ bool DecodePicture(std::string_view bytes, Picture& picture, std::string& error)
 // The file's bytes, alpha included; empty if it cannot be encoded.
 std::string EncodePng(const Picture& picture);
 
+// The same pixels in as few bytes as the format allows within reason: fewer channels or a palette where that says
+// everything, and as much time as it takes. For files that are written once and read often.
+std::string EncodeSmallPng(const Picture& picture);
+
 // Alpha is dropped. `quality` from 1 to 100.
 std::string EncodeJpeg(const Picture& picture, int quality = 95);
 

@@ -19,7 +19,7 @@ void Chain::AddText(const EffectList& effects, const std::string& text) {
   double opacity = 100;
   if (colon != std::string::npos) {
     for (std::string& setting : Split(text.substr(colon + 1), ';')) {
-      if (setting.starts_with("opacity=")) {
+      if (Lower(setting.substr(0, 8)) == "opacity=") {
         opacity = ParseOpacity(setting.substr(8));
       } else {
         settings.push_back(std::move(setting));

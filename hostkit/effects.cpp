@@ -181,13 +181,15 @@ const EffectInfo& EffectList::Find(const std::string& text) const {
 
 const ParamInfo& FindParam(const EffectInfo& effect, const std::string& name) {
   const std::string wanted = Lower(name);
-  std::string known;
+  std::vector<std::string> known;
   for (const ParamInfo& param : effect.params) {
     if (Lower(param.name) == wanted || Slug(param.name) == wanted) return param;
-    known += (known.empty() ? "" : ", ") + param.name;
+    known.push_back(param.name);
   }
-  throw Error(fmt::format("{} has no parameter \"{}\"; it has {}", effect.name, name, known.empty() ? "none" : known),
-              ErrorKind::kUnknownName);
+  std::string line = fmt::format("{} has no parameter \"{}\"; it has {}", effect.name, name,
+                                 known.empty() ? "none" : fmt::format("{}", fmt::join(known, ", ")));
+  if (known.size() > 1) line += fmt::format("; did you mean {}?", fmt::join(NearestNames(name, known), ", "));
+  throw Error(line, ErrorKind::kUnknownName);
 }
 
 std::vector<std::string> NearestNames(const std::string& wanted, const std::vector<std::string>& candidates,

@@ -14,12 +14,18 @@ namespace {
 
 constexpr const char* kTimeName = "Time";
 
+// Settings of recipes may hold thousands of frames.
+std::string Shortened(const std::string& text) {
+  constexpr size_t kLongest = 60;
+  return text.size() <= kLongest ? text : text.substr(0, kLongest) + "...";
+}
+
 double ParseNumber(std::string_view text, const std::string& setting) {
   double value = 0;
   if (text.starts_with('+')) text.remove_prefix(1);
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) {
-    throw Error(fmt::format("\"{}\" in \"{}\" is not a number", text, setting), ErrorKind::kBadValue);
+    throw Error(fmt::format("\"{}\" in \"{}\" is not a number", text, Shortened(setting)), ErrorKind::kBadValue);
   }
   return value;
 }
@@ -65,7 +71,11 @@ ParamTracks::ParamTracks(const EffectInfo& effect, const std::vector<std::string
       rest.remove_prefix(std::min(point.size() + 1, rest.size()));
       const size_t colon = point.find(':');
       if (colon == std::string_view::npos) throw UsageError(fmt::format("\"{}\" is not FRAME:VALUE", point));
-      track[ParseNumber(point.substr(0, colon), setting)] = CheckedValue(param, point.substr(colon + 1), setting);
+      const double frame = ParseNumber(point.substr(0, colon), setting);
+      if (frame < 0) throw Error(fmt::format("frame {} of \"{}\" is negative", frame, param.name), ErrorKind::kBadValue);
+      if (!track.emplace(frame, CheckedValue(param, point.substr(colon + 1), setting)).second) {
+        throw Error(fmt::format("frame {} of \"{}\" is given twice", frame, param.name), ErrorKind::kBadValue);
+      }
     }
   }
   tracks_[kOpacityName] = {{0, opacity}};

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
+#include <set>
+#include <vector>
 
 #include "hostkit/error.h"
 #include "hostkit/text.h"
@@ -15,10 +15,34 @@ namespace kvx {
 
 namespace {
 
+using nlohmann::json;
 using nlohmann::ordered_json;
 
+// A key that stands twice in one object would silently take the other's place.
+json ParseJson(const std::string& text, const std::string& name) {
+  std::vector<std::set<std::string>> keys;  // of the objects that are open
+  std::string twice;
+  const auto watch = [&](int, json::parse_event_t event, json& value) {
+    if (event == json::parse_event_t::object_start) keys.emplace_back();
+    if (event == json::parse_event_t::object_end) keys.pop_back();
+    if (event == json::parse_event_t::key && !keys.back().insert(value.get<std::string>()).second) {
+      twice = value.get<std::string>();
+    }
+    return true;
+  };
+  try {
+    json parsed = json::parse(text, watch);
+    if (!twice.empty()) throw UsageError(fmt::format("{}: \"{}\" stands twice in one object", name, twice));
+    return parsed;
+  } catch (const json::parse_error& error) {
+    const auto line =
+        1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(error.byte, text.size())), '\n');
+    throw UsageError(fmt::format("{}: not JSON at line {}", name, line));
+  }
+}
+
 // The setting that a recipe's value stands for.
-std::string SettingOf(const std::string& name, const ordered_json& value) {
+std::string SettingOf(const std::string& name, const json& value) {
   if (value.is_number()) return fmt::format("{}={}", name, value.get<double>());
   if (value.is_string()) return name + "=" + value.get<std::string>();
   if (value.is_object() && !value.empty()) {
@@ -34,25 +58,15 @@ std::string SettingOf(const std::string& name, const ordered_json& value) {
 
 }  // namespace
 
-Chain ReadRecipe(const EffectList& effects, const std::string& path) {
-  std::ifstream file(path);
-  if (!file) throw Error(fmt::format("{}: cannot be read", path));
-  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  ordered_json recipe;
-  try {
-    recipe = ordered_json::parse(text);
-  } catch (const ordered_json::parse_error& error) {
-    const auto line =
-        1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(error.byte, text.size())), '\n');
-    throw UsageError(fmt::format("{}: not JSON at line {}", path, line));
-  }
+Chain ParseRecipe(const EffectList& effects, const std::string& text, const std::string& name) {
+  const json recipe = ParseJson(text, name);
   if (!recipe.is_object() || !recipe.contains("effects") || !recipe["effects"].is_array() ||
       recipe["effects"].empty()) {
-    throw UsageError(fmt::format("{}: effects: must be a list of at least one effect", path));
+    throw UsageError(fmt::format("{}: effects: must be a list of at least one effect", name));
   }
   Chain chain;
   for (size_t i = 0; i < recipe["effects"].size(); ++i) {
-    const ordered_json& entry = recipe["effects"][i];
+    const json& entry = recipe["effects"][i];
     std::string place = fmt::format("effects[{}]", i);
     try {
       if (!entry.is_object()) throw UsageError("must be an object");
@@ -77,22 +91,22 @@ Chain ReadRecipe(const EffectList& effects, const std::string& path) {
       std::vector<std::string> settings;
       if (entry.contains("params")) {
         if (!entry["params"].is_object()) throw UsageError("must be an object");
-        for (const auto& [name, value] : entry["params"].items()) {
-          place = fmt::format("effects[{}].params.{}", i, name);
-          settings.push_back(SettingOf(name, value));
+        for (const auto& [param, value] : entry["params"].items()) {
+          place = fmt::format("effects[{}].params.{}", i, param);
+          settings.push_back(SettingOf(param, value));
           ParamTracks(effect, {settings.back()}, opacity);
         }
       }
       chain.Add(effect, std::move(settings), opacity);
     } catch (const Error& error) {
       if (!error.IsUsage()) throw;
-      throw Error(fmt::format("{}: {}: {}", path, place, error.what()), error.Kind());
+      throw Error(fmt::format("{}: {}: {}", name, place, error.what()), error.Kind());
     }
   }
   return chain;
 }
 
-void WriteRecipe(const Chain& chain, const std::string& path) {
+std::string RecipeText(const Chain& chain) {
   ordered_json effects = ordered_json::array();
   for (const ChainLink& link : chain.Links()) {
     // Names can stand twice; ids cannot.
@@ -118,10 +132,7 @@ void WriteRecipe(const Chain& chain, const std::string& path) {
     if (!params.empty()) entry["params"] = params;
     effects.push_back(entry);
   }
-  std::ofstream file(path);
-  file << ordered_json{{"effects", effects}}.dump(2) << "\n";
-  file.close();
-  if (!file) throw Error(fmt::format("{}: cannot be written", path));
+  return ordered_json{{"effects", effects}}.dump(2) + "\n";
 }
 
 }  // namespace kvx

@@ -1,4 +1,4 @@
-// Chains in files.
+// Chains as texts, for files.
 #ifndef KVX_HOSTKIT_RECIPE_H_
 #define KVX_HOSTKIT_RECIPE_H_
 
@@ -9,9 +9,9 @@
 namespace kvx {
 
 // Recipes are JSON: {"effects": [{"effect": "Snow", "opacity": 80, "params": {"Percent": 40, "Radius": {"0": 10, "50":
-// 90}}}]}. Errors name the place in the file.
-Chain ReadRecipe(const EffectList& effects, const std::string& path);
-void WriteRecipe(const Chain& chain, const std::string& path);
+// 90}}}]}. `name` is what errors call the file; they name the place in it. Throws Error.
+Chain ParseRecipe(const EffectList& effects, const std::string& text, const std::string& name);
+std::string RecipeText(const Chain& chain);
 
 }  // namespace kvx
 

@@ -49,7 +49,7 @@ bool PaintGroup(const Group& group, const std::filesystem::path& directory) {
   for (const Material& material : group.materials()) {
     const std::string_view name = material.fileName;
     const kvx::Picture picture = ToBytes(material.paint(SizeOf(name)), material.mount);
-    const std::string bytes = name.ends_with(".png") ? kvx::EncodePng(picture) : kvx::EncodeJpeg(picture, 93);
+    const std::string bytes = name.ends_with(".png") ? kvx::EncodeSmallPng(picture) : kvx::EncodeJpeg(picture, 93);
     if (!Write(directory / name, bytes)) {
       std::fprintf(stderr, "paint_materials: cannot write %s\n", (directory / name).c_str());
       return false;

@@ -9,8 +9,8 @@ cd "$(dirname "$0")/.."
 cmake --preset release -DKVX_BUILD_TESTS=OFF -DKVX_BUILD_BENCHMARKS=OFF >/dev/null
 cmake --build --preset release
 mkdir -p out
-./build/release/bin/kvx contact-sheet --each out/effects "$input" out/contact-sheet.png
-./build/release/bin/kvx gallery "$input" -o out/gallery
+./build/release/bin/kvx contact-sheet --overwrite --each out/effects "$input" out/contact-sheet.png
+./build/release/bin/kvx gallery --overwrite "$input" -o out/gallery
 case $input in
   *.mp4 | *.mov | *.mkv | *.webm | *.avi | *.m4v)
     ./build/release/bin/kvx render --overwrite -e Warm -e FilmGrain -e Vignette2 "$input" out/clip.mp4

@@ -3,7 +3,7 @@
 # then the fuzzers on the kept corpus and for a few seconds more.
 set -eu
 cd "$(dirname "$0")/.."
-./scripts/install_packages.sh chromium chromium-driver curl python3-numpy python3-pytest python3-pil python3-distributed \
+./scripts/install_packages.sh chromium chromium-driver curl ffmpeg python3 python3-numpy python3-pytest python3-pil python3-distributed \
   libgegl-dev gegl libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools gstreamer1.0-plugins-base
 # MLT as packages would bring 187 of them.
 mlt=ON

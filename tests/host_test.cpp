@@ -145,7 +145,7 @@ TEST(KvxCommand, VideosKeepLengthRateAndAreFinishedWhole) {
   const std::string bytes((std::istreambuf_iterator<char>(whole)), std::istreambuf_iterator<char>());
   for (size_t length = 1; length < bytes.size(); length += bytes.size() / 9) {
     dir.Write("cut.mp4", bytes.substr(0, length));
-    EXPECT_LE(Kvx("render Invert " + at + "cut.mp4 " + at + "o.png").status, 1) << length;
+    EXPECT_LE(Kvx("render Invert --overwrite " + at + "cut.mp4 " + at + "o.png").status, 1) << length;
   }
 }
 
@@ -154,7 +154,7 @@ TEST(KvxCommand, PipesCarryFrames) {
   const std::string at = dir.Path().string() + "/";
   const std::string kvx = std::string(KVX_TEST_COMMAND) + " ";
   const auto shell = [](const std::string& line) { return WEXITSTATUS(std::system((line + " 2>/dev/null").c_str())); };
-  ASSERT_EQ(shell(kvx + "render Invert --frames 3 --raw 16x8 --size 16x8 demo " + at + "x_%d.png"), 0);
+  ASSERT_EQ(shell(kvx + "render Invert --frames 3 --size 16x8 demo " + at + "x_%d.png"), 0);
   ASSERT_EQ(shell(kvx + "render Invert --frames 3 --raw 16x8 --size 16x8 demo - | " + kvx +
                   "render Invert --raw 16x8 - - | " + kvx + "render Invert --raw 16x8 - " + at + "y_%d.png"),
             0);
@@ -230,6 +230,29 @@ TEST(KvxCommand, ContactSheetShowsEveryEffect) {
   ASSERT_EQ(Kvx("contact-sheet --size 64x36 demo " + at + "sheet.png Bright* --each " + at + "each").status, 0);
   EXPECT_TRUE(std::filesystem::exists(at + "each/0025_Brightness.png"));
   EXPECT_GT(ReadPicture(at + "sheet.png").width, 200);
+}
+
+TEST(HostLibrary, WhatAnEffectLeavesAloneShowsTheSource) {
+  PluginOptions options;
+  options.path = KVX_TEST_PLUGIN;
+  options.resourceRoot = KVX_TEST_RESOURCES;
+  Plugin plugin(options);
+  const Picture source = DrawDemoPicture(61, 37, 0);
+  int tried = 0;
+  for (const EffectInfo& info : plugin.Effects().All()) {
+    if (!info.leavesPixels || info.random) continue;
+    ++tried;
+    std::vector<uint8_t> results[2];
+    for (const uint8_t before : {0x00, 0xAA}) {
+      std::vector<uint8_t>& result = results[before != 0];
+      result.assign(source.pixels.size(), before);
+      const ConstImageView from{source.pixels.data(), source.width, source.height, source.Step()};
+      const ImageView to{result.data(), source.width, source.height, source.Step()};
+      plugin.Create(info)->Render(from, to, {0, 1}, {});
+    }
+    EXPECT_EQ(results[0], results[1]) << info.name << " shows what was in the buffer";
+  }
+  EXPECT_GT(tried, 5);
 }
 
 TEST(ParamTracks, InterpolateAndFeedTime) {

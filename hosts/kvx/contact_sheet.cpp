@@ -6,7 +6,9 @@
 #include "hosts/kvx/commands.h"
 #include "hosts/kvx/frame_cache.h"
 #include "hosts/kvx/labelled_grid.h"
+#include "hosts/kvx/output_file.h"
 #include "hosts/kvx/progress.h"
+#include "hosts/kvx/signals.h"
 
 namespace kvx {
 
@@ -14,6 +16,8 @@ namespace {
 
 constexpr int kCellWidth = 240;
 constexpr int kColumns = 8;
+constexpr int32_t kLargestShown = 2 * kCellWidth;
+constexpr int32_t kLargestEach = 1920;
 
 std::string FileNameOf(const EffectInfo& effect) {
   std::string name = fmt::format("{:04}_{}", effect.id, effect.name);
@@ -41,25 +45,40 @@ void RenderContactSheet(Plugin& plugin, const ContactSheetOptions& options) {
     if (MatchesPattern(effect.name, options.pattern)) effects.push_back(&effect);
   }
   if (effects.empty()) throw UsageError(fmt::format("no effect matches \"{}\"", options.pattern));
-  FrameCache source(options.input, options.size, options.pad, 1920);
+  OutputFile file(options.output, options.overwrite);
+  if (!IsPictureName(options.output)) {
+    throw UsageError(fmt::format("{}: pictures are written as .png, .jpg or .jpeg", options.output));
+  }
+  // A cell shows no more than this; pictures of their own are worth more.
+  FrameCache source(options.input, options.size, options.pad, options.each.empty() ? kLargestShown : kLargestEach);
   if (!options.each.empty()) {
     std::error_code error;
     std::filesystem::create_directories(options.each, error);
     if (error) throw Error(fmt::format("{}: {}", options.each, error.message()));
+    for (const EffectInfo* effect : effects) {
+      CheckReplaceable(options.each + "/" + FileNameOf(*effect), options.overwrite);
+    }
   }
   LabelledGrid grid(static_cast<int>(effects.size()), kColumns, kCellWidth, source.At(0).width, source.At(0).height);
   Progress progress("effect", static_cast<int64_t>(effects.size()));
   Picture output;
   for (const EffectInfo* effect : effects) {
+    ThrowIfStopAsked();
     RenderSample(plugin, *effect, ParamTracks(*effect, {}, 100), source, SampleLength(*effect), output);
-    if (!options.each.empty()) WritePicture(output, options.each + "/" + FileNameOf(*effect));
+    if (!options.each.empty()) WritePicture(output, options.each + "/" + FileNameOf(*effect), options.overwrite);
     grid.Add(output, fmt::format("{} {}", effect->id, effect->name));
     progress.Advance();
   }
-  WritePicture(grid.Sheet(), options.output);
+  progress.Finish();
+  file.Write(EncodePicture(grid.Sheet(), options.output, nullptr));
+  file.Commit();
 }
 
 void RenderPreview(Plugin& plugin, const EffectInfo& effect, const PreviewOptions& options) {
+  OutputFile file(options.output, options.overwrite);
+  if (!IsPictureName(options.output)) {
+    throw UsageError(fmt::format("{}: pictures are written as .png, .jpg or .jpeg", options.output));
+  }
   FrameCache source(options.input, options.size, std::nullopt, 1280);
   std::vector<const ParamInfo*> params;
   for (const ParamInfo& param : effect.params) {
@@ -80,10 +99,12 @@ void RenderPreview(Plugin& plugin, const EffectInfo& effect, const PreviewOption
                     source.At(0).height);
   Picture output;
   for (const std::vector<std::string>& set : settings) {
+    ThrowIfStopAsked();
     RenderSample(plugin, effect, ParamTracks(effect, set, 100), source, SampleLength(effect), output);
     grid.Add(output, set.empty() ? effect.name : fmt::format("{}", fmt::join(set, "  ")));
   }
-  WritePicture(grid.Sheet(), options.output);
+  file.Write(EncodePicture(grid.Sheet(), options.output, nullptr));
+  file.Commit();
 }
 
 }  // namespace kvx

@@ -4,52 +4,27 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <opencv2/imgproc.hpp>
 #include <utility>
-#include <vector>
 
-#include "hostkit/plugin.h"
+#include "hostkit/error.h"
+#include "hostkit/text.h"
 #include "hosts/kvx/demo_picture.h"
+#include "hosts/kvx/notes.h"
 
 namespace kvx {
 
-namespace fs = std::filesystem;
-
 namespace {
 
-constexpr int32_t kMaxFrameSide = 16384;
-
-// The parts of a pattern around its %d or %0Nd.
-struct Pattern {
-  std::string head;
-  std::string tail;
-  size_t digits = 0;  // at least so many
-};
-
-std::optional<Pattern> ParsePattern(const std::string& text) {
-  const size_t percent = text.find('%');
-  if (percent == std::string::npos) return std::nullopt;
-  size_t at = percent + 1;
-  Pattern pattern;
-  while (at < text.size() && text[at] >= '0' && text[at] <= '9') {
-    pattern.digits = std::min<size_t>(pattern.digits * 10 + static_cast<size_t>(text[at++] - '0'), 20);
-  }
-  if (at >= text.size() || text[at] != 'd') return std::nullopt;
-  pattern.head = text.substr(0, percent);
-  pattern.tail = text.substr(at + 1);
-  return pattern;
-}
+// An animation says so before its first pixels.
+constexpr size_t kHeadOfPicture = 4096;
 
 class DemoSource : public FrameSource {
  public:
   explicit DemoSource(FrameSize size) : size_(size) {}
   std::optional<int64_t> Count() const override { return std::nullopt; }
-  Picture Read(int64_t frame) override { return DrawDemoPicture(size_.width, size_.height, frame); }
+  LoadedPicture Read(int64_t frame) override { return {DrawDemoPicture(size_.width, size_.height, frame), nullptr}; }
 
  private:
   FrameSize size_;
@@ -57,44 +32,57 @@ class DemoSource : public FrameSource {
 
 class StillSource : public FrameSource {
  public:
-  explicit StillSource(const std::string& path) : picture_(ReadPicture(path)) {}
+  explicit StillSource(InputFile& file) : path_(file.Path()), loaded_(LoadPicture(file)) {}
   std::optional<int64_t> Count() const override { return std::nullopt; }
-  Picture Read(int64_t) override { return picture_; }
+  LoadedPicture Read(int64_t) override { return loaded_; }
+  std::vector<std::string> Files() const override { return {path_}; }
 
  private:
-  Picture picture_;
+  std::string path_;
+  LoadedPicture loaded_;
 };
 
 class SequenceSource : public FrameSource {
  public:
-  SequenceSource(const std::string& text, const Pattern& pattern) {
-    const fs::path head(pattern.head);
-    const fs::path directory = head.parent_path().empty() ? fs::path(".") : head.parent_path();
-    const std::string prefix = head.filename().string();
-    std::vector<std::pair<int64_t, std::string>> found;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(directory, error)) {
-      const std::string name = entry.path().filename().string();
-      if (!name.starts_with(prefix) || !name.ends_with(pattern.tail) ||
-          name.size() < prefix.size() + pattern.tail.size() + std::max<size_t>(pattern.digits, 1)) {
-        continue;
-      }
-      const std::string digits = name.substr(prefix.size(), name.size() - prefix.size() - pattern.tail.size());
-      int64_t number = 0;
-      const auto [end, bad] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-      if (bad == std::errc() && end == digits.data() + digits.size() && number >= 0) {
-        found.emplace_back(number, entry.path().string());
+  SequenceSource(const std::string& text, Gaps gaps) {
+    files_ = SequencePattern::Parse(text)->List();
+    if (files_.empty()) throw Error(fmt::format("no files match {}", text));
+    std::vector<int64_t> missing;
+    for (size_t i = 0; i < files_.size(); ++i) {
+      for (int64_t n = i == 0 ? files_[0].number : files_[i - 1].number + 1; n <= files_[i].number; ++n) {
+        const bool there = n == files_[i].number;
+        if (!there) missing.push_back(n);
+        if (missing.size() > kMostMissing) throw Error(fmt::format("{}: more than {} numbers are missing", text, kMostMissing));
+        if (there || gaps == Gaps::kHold) frames_.push_back({n, there ? i : i - 1});
       }
     }
-    if (found.empty()) throw Error(fmt::format("no files match {}", text));
-    std::sort(found.begin(), found.end());
-    for (auto& file : found) files_.push_back(std::move(file.second));
+    if (missing.empty()) return;
+    const std::string line = fmt::format("{} lacks {}", text, NumberRanges(missing));
+    if (gaps == Gaps::kRefuse) throw Error(line);
+    Note(line + (gaps == Gaps::kHold ? ": the frames before are held" : ": --gaps hold would hold the frames before"));
   }
-  std::optional<int64_t> Count() const override { return static_cast<int64_t>(files_.size()); }
-  Picture Read(int64_t frame) override { return ReadPicture(files_.at(static_cast<size_t>(frame))); }
+  std::optional<int64_t> Count() const override { return static_cast<int64_t>(frames_.size()); }
+  LoadedPicture Read(int64_t frame) override {
+    InputFile file(files_[At(frame).file].path);
+    return LoadPicture(file);
+  }
+  int64_t Number(int64_t frame) const override { return At(frame).number; }
+  std::vector<std::string> Files() const override {
+    std::vector<std::string> paths;
+    for (const NumberedFile& file : files_) paths.push_back(file.path);
+    return paths;
+  }
 
  private:
-  std::vector<std::string> files_;
+  static constexpr size_t kMostMissing = 1000000;
+  struct Place {
+    int64_t number;
+    size_t file;
+  };
+  const Place& At(int64_t frame) const { return frames_.at(static_cast<size_t>(frame)); }
+
+  std::vector<NumberedFile> files_;
+  std::vector<Place> frames_;
 };
 
 }  // namespace
@@ -114,67 +102,35 @@ FrameSize ParseFrameSize(const std::string& text) {
       fmt::format("\"{}\" is not a size such as 1280x720, from 1x1 to {}x{}", text, kMaxFrameSide, kMaxFrameSide));
 }
 
-bool IsSequence(const std::string& path) {
-  return ParsePattern(path).has_value();
+std::unique_ptr<FrameSource> OpenDemo(FrameSize size) {
+  return std::make_unique<DemoSource>(size);
 }
 
-std::string SequenceName(const std::string& text, int64_t number) {
-  const std::optional<Pattern> pattern = ParsePattern(text);
-  return pattern ? fmt::format("{}{:0{}}{}", pattern->head, number, pattern->digits, pattern->tail) : text;
+std::unique_ptr<FrameSource> OpenStill(InputFile& file) {
+  return std::make_unique<StillSource>(file);
 }
 
-std::unique_ptr<FrameSource> OpenFrames(const std::string& input, FrameSize demoSize) {
-  if (input == "demo") return std::make_unique<DemoSource>(demoSize);
-  if (const auto pattern = ParsePattern(input)) return std::make_unique<SequenceSource>(input, *pattern);
-  return std::make_unique<StillSource>(input);
+std::unique_ptr<FrameSource> OpenSequence(const std::string& pattern, Gaps gaps) {
+  return std::make_unique<SequenceSource>(pattern, gaps);
 }
 
-Picture ReadPicture(const std::string& path) {
-  std::error_code error;
-  if (!fs::exists(path, error)) throw Error(fmt::format("{}: no such file", path));
-  if (fs::is_directory(path, error)) throw Error(fmt::format("{}: is a directory", path));
-  std::ifstream file(path, std::ios::binary);
-  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (!file) throw Error(fmt::format("{}: cannot be read", path));
-  Picture picture;
-  std::string reason;
-  if (!DecodePicture(bytes, picture, reason)) throw Error(fmt::format("{}: {}", path, reason));
-  if (picture.width > kMaxFrameSide || picture.height > kMaxFrameSide) {
-    throw Error(fmt::format("{}: larger than {} by {}", path, kMaxFrameSide, kMaxFrameSide));
+bool IsPictureFile(InputFile& file) {
+  const std::string_view head = file.Peek(kHeadOfPicture);
+  const std::string ending = Lower(std::filesystem::path(file.Path()).extension().string());
+  switch (DetectFormat(head)) {
+    case PictureFormat::kPng:
+      return head.find("acTL") == std::string_view::npos;
+    case PictureFormat::kJpeg:
+      return ending != ".mjpeg" && ending != ".mjpg";
+    case PictureFormat::kUnknown:
+      break;
   }
-  return picture;
+  return head.empty() && !file.Path().empty();
 }
 
 bool IsPictureFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  char head[8] = {};
-  file.read(head, sizeof head);
-  if (file.gcount() == 0) return true;
-  return DetectFormat({head, static_cast<size_t>(file.gcount())}) != PictureFormat::kUnknown;
-}
-
-void WritePicture(const Picture& picture, const std::string& path) {
-  std::string ending = fs::path(path).extension().string();
-  std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
-  std::string bytes;
-  if (ending == ".png") {
-    bytes = EncodePng(picture);
-  } else if (ending == ".jpg" || ending == ".jpeg") {
-    bytes = EncodeJpeg(picture);
-  } else {
-    throw UsageError(fmt::format("{}: pictures are written as .png, .jpg or .jpeg", path));
-  }
-  if (bytes.empty()) throw Error(fmt::format("{}: cannot be encoded", path));
-  const std::string part = path + ".part";
-  std::ofstream file(part, std::ios::binary);
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  file.close();
-  std::error_code error;
-  if (file) fs::rename(part, path, error);
-  if (!file || error) {
-    fs::remove(part, error);
-    throw Error(fmt::format("{}: cannot be written", path));
-  }
+  InputFile file(path);
+  return IsPictureFile(file);
 }
 
 Picture PadPicture(const Picture& picture, FrameSize size) {

@@ -3,12 +3,17 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <limits>
 
-#include "hostkit/plugin.h"
-#include "hosts/kvx/video.h"
+#include "hostkit/error.h"
+#include "hosts/kvx/media/video.h"
+#include "hosts/kvx/notes.h"
+#include "hosts/kvx/output_file.h"
+#include "hosts/kvx/standard_output.h"
 
 namespace kvx {
 
@@ -16,126 +21,205 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string Ending(const std::string& path) {
-  std::string ending = fs::path(path).extension().string();
-  std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
-  return ending;
-}
-
-bool IsPictureName(const std::string& path) {
-  const std::string ending = Ending(path);
-  return ending == ".png" || ending == ".jpg" || ending == ".jpeg";
-}
-
 // Demo, pictures and sequences, which can be read at any place.
 class IndexedReader : public FrameReader {
  public:
   IndexedReader(std::unique_ptr<FrameSource> source, const InputOptions& options) : source_(std::move(source)) {
-    const int64_t length = source_->Count().value_or(std::numeric_limits<int64_t>::max());
+    constexpr int64_t kEndless = std::numeric_limits<int64_t>::max();
+    const int64_t length = source_->Count().value_or(kEndless);
     const auto at = [&](double seconds) { return static_cast<int64_t>(std::max(0.0, seconds) * options.fps + 0.5); };
     fps_ = options.fps;
     first_ = std::min(length, options.start ? at(*options.start) : 0);
-    end_ = std::min(length, options.end ? std::max(first_, at(*options.end)) : std::numeric_limits<int64_t>::max());
-    const int64_t wanted =
-        options.frames.value_or(source_->Count() || options.end ? std::numeric_limits<int64_t>::max() : 1);
+    end_ = std::min(length, options.end ? std::max(first_, at(*options.end)) : kEndless);
+    const int64_t wanted = options.frames.value_or(source_->Count() || options.end ? kEndless : 1);
     end_ = end_ - first_ > wanted ? first_ + wanted : end_;
+    next_ = first_;
   }
   std::optional<int64_t> Count() const override { return end_ - first_; }
-  bool Read(Frame& frame) override {
-    if (first_ + next_ >= end_) return false;
-    frame.picture = source_->Read(first_ + next_);
-    frame.number = next_;
-    frame.seconds = static_cast<double>(next_) / fps_;
-    frame.timestamp = next_++;
-    return true;
+  int64_t FirstPlace() const override { return first_; }
+  double Rate() const override { return fps_; }
+  std::vector<std::string> Files() const override { return source_->Files(); }
+  std::optional<std::pair<int64_t, int64_t>> Numbers() const override {
+    if (end_ == first_) return std::nullopt;
+    return std::pair(FileNumber(first_), FileNumber(end_ - 1));
   }
+  bool Read(Frame& frame) override {
+    for (; next_ < end_; ++next_) {
+      try {
+        LoadedPicture loaded = source_->Read(next_);
+        frame.picture = std::move(loaded.picture);
+        frame.metadata = std::move(loaded.metadata);
+      } catch (const Error& error) {
+        // One bad picture does not take the others of a sequence along.
+        if (!source_->Count() || error.IsUsage()) throw;
+        damage_.push_back(error.what());
+        continue;
+      }
+      frame.number = read_++;
+      frame.place = next_;
+      frame.seconds = static_cast<double>(next_ - first_) / fps_;
+      frame.clipSeconds = static_cast<double>(next_) / fps_;
+      frame.fileNumber = FileNumber(next_);
+      frame.timestamp = frame.number;
+      ++next_;
+      return true;
+    }
+    if (read_ == 0 && !damage_.empty()) throw Error(damage_.front());
+    return false;
+  }
+  std::vector<std::string> Damage() const override { return damage_; }
 
  private:
+  // What has no files counts what is rendered.
+  int64_t FileNumber(int64_t frame) const { return source_->Count() ? source_->Number(frame) : frame - first_; }
+
   std::unique_ptr<FrameSource> source_;
   double fps_;
   int64_t first_;
   int64_t end_;
   int64_t next_ = 0;
+  int64_t read_ = 0;
+  std::vector<std::string> damage_;
 };
 
+// Raw BGRA frames on standard input.
 class RawReader : public FrameReader {
  public:
-  RawReader(FrameSize size, double fps, std::optional<int64_t> frames) : size_(size), fps_(fps), frames_(frames) {}
-  std::optional<int64_t> Count() const override { return frames_; }
-  bool Read(Frame& frame) override {
-    if (frames_ && next_ >= *frames_) return false;
-    frame.picture = Picture(size_.width, size_.height);
-    const size_t got = std::fread(frame.picture.pixels.data(), 1, frame.picture.pixels.size(), stdin);
-    if (got == 0) return false;
-    if (got < frame.picture.pixels.size()) throw Error("standard input ends within a frame");
-    frame.number = next_;
-    frame.seconds = static_cast<double>(next_) / fps_;
-    frame.timestamp = next_++;
-    return true;
+  explicit RawReader(const InputOptions& options) : options_(options), file_("-") {
+    skip_ = static_cast<int64_t>(options.start.value_or(0) * options.fps + 0.5);
+    end_ = options.end ? static_cast<int64_t>(*options.end * options.fps + 0.5) : std::numeric_limits<int64_t>::max();
+    if (options.frames) end_ = std::min(end_, skip_ + *options.frames);
   }
+  std::optional<int64_t> Count() const override { return options_.frames; }
+  void Abandon() override { file_.Abandon(); }
+  int64_t FirstPlace() const override { return skip_; }
+  double Rate() const override { return options_.fps; }
+  bool Read(Frame& frame) override {
+    while (place_ < end_) {
+      frame.picture = Picture(options_.rawSize->width, options_.rawSize->height);
+      size_t have = 0;
+      while (have < frame.picture.pixels.size()) {
+        const size_t got = file_.Read(frame.picture.pixels.data() + have, frame.picture.pixels.size() - have);
+        if (got == 0) break;
+        have += got;
+      }
+      if (have < frame.picture.pixels.size()) {
+        if (have > 0) damage_.push_back("standard input ends within a frame");
+        return false;
+      }
+      frame.place = place_++;
+      if (frame.place < skip_) continue;
+      frame.number = frame.timestamp = frame.fileNumber = frame.place - skip_;
+      frame.seconds = static_cast<double>(frame.number) / options_.fps;
+      frame.clipSeconds = static_cast<double>(frame.place) / options_.fps;
+      return true;
+    }
+    return false;
+  }
+  std::vector<std::string> Damage() const override { return damage_; }
 
  private:
-  FrameSize size_;
-  double fps_;
-  std::optional<int64_t> frames_;
-  int64_t next_ = 0;
+  InputOptions options_;
+  InputFile file_;
+  int64_t skip_;
+  int64_t end_;
+  int64_t place_ = 0;
+  std::vector<std::string> damage_;
 };
 
 class SequenceWriter : public FrameWriter {
  public:
-  explicit SequenceWriter(std::string pattern) : pattern_(std::move(pattern)) {}
-  void Write(const Frame& frame) override { WritePicture(frame.picture, SequenceName(pattern_, frame.number)); }
-  void Finish() override {}
+  SequenceWriter(const OutputOptions& options, const FrameReader& reader)
+      : options_(options), pattern_(*SequencePattern::Parse(options.path)) {
+    // Before the first frame: nobody wants to hear of the last one's file after an hour.
+    auto numbers = reader.Numbers();
+    if (numbers && options_.startNumber) shift_ = *options_.startNumber - numbers->first;
+    if (!numbers && options_.startNumber) shift_ = *options_.startNumber;
+    for (const NumberedFile& file : pattern_.List()) {
+      if (numbers ? file.number < numbers->first + shift_ || file.number > numbers->second + shift_
+                  : file.number < shift_) {
+        continue;
+      }
+      CheckReplaceable(file.path, options_.overwrite);
+    }
+  }
+  void Write(const Frame& frame) override {
+    WritePicture(frame.picture, pattern_.Name(frame.fileNumber + shift_), options_.overwrite, frame.metadata.get());
+    ++written_;
+  }
+  void Finish() override {
+    if (written_ == 0) throw Error("there are no frames to write");
+  }
+  std::string FinishPartial() override { return fmt::format("{} pictures were finished", written_); }
 
  private:
-  std::string pattern_;
+  OutputOptions options_;
+  SequencePattern pattern_;
+  int64_t shift_ = 0;
+  int64_t written_ = 0;
 };
 
 // A single picture gets the last frame.
 class StillWriter : public FrameWriter {
  public:
-  explicit StillWriter(std::string path) : path_(std::move(path)) {}
-  void Write(const Frame& frame) override { last_ = frame.picture; }
+  explicit StillWriter(const OutputOptions& options) : options_(options), file_(options.path, options.overwrite) {}
+  void Write(const Frame& frame) override {
+    last_ = frame.picture;
+    metadata_ = frame.metadata;
+  }
   void Finish() override {
     if (last_.pixels.empty()) throw Error("there are no frames to write");
-    WritePicture(last_, path_);
+    file_.Write(EncodePicture(last_, options_.path, metadata_.get()));
+    file_.Commit();
   }
 
  private:
-  std::string path_;
+  OutputOptions options_;
+  OutputFile file_;
   Picture last_;
+  std::shared_ptr<const PictureMetadata> metadata_;
 };
-
-void WriteToPipe(const void* bytes, size_t size) {
-  if (std::fwrite(bytes, 1, size, stdout) != size) throw Error("standard output cannot be written");
-}
 
 class RawWriter : public FrameWriter {
  public:
-  void Write(const Frame& frame) override { WriteToPipe(frame.picture.pixels.data(), frame.picture.pixels.size()); }
-  void Finish() override {
-    if (std::fflush(stdout) != 0) throw Error("standard output cannot be written");
+  void Write(const Frame& frame) override {
+    WriteStandardOutput(frame.picture.pixels.data(), frame.picture.pixels.size());
+  }
+  void Finish() override { FlushStandardOutput(); }
+  std::string FinishPartial() override {
+    FlushStandardOutput();
+    return "the pipe was closed early";
   }
 };
 
+bool Exists(const std::string& path) {
+  std::error_code error;
+  return fs::exists(path, error);
+}
+
 }  // namespace
 
+bool IsSequenceName(const InputOptions& options) {
+  return !options.literal && options.path != "demo" && IsSequence(options.path) && !Exists(options.path);
+}
+
+bool IsSequenceName(const OutputOptions& options) {
+  return !options.literal && IsSequence(options.path);
+}
+
 bool IsVideoName(const std::string& path) {
-  return !IsPictureName(path) && !IsSequence(path) && IsVideoContainer(path);
+  return path != "-" && !IsPictureName(path) && IsVideoContainer(path);
 }
 
 std::unique_ptr<FrameReader> OpenReader(const InputOptions& options) {
-  if (options.path == "-" && options.rawSize) {
-    return std::make_unique<RawReader>(*options.rawSize, options.fps, options.frames);
+  if (options.path == "demo") return std::make_unique<IndexedReader>(OpenDemo(options.demoSize), options);
+  if (options.path == "-" && options.rawSize) return std::make_unique<RawReader>(options);
+  if (IsSequenceName(options)) {
+    return std::make_unique<IndexedReader>(OpenSequence(options.path, options.gaps), options);
   }
-  std::error_code error;
-  if (options.path == "-") return OpenVideo(options);
-  if (options.path != "demo" && !IsSequence(options.path)) {
-    if (!fs::exists(options.path, error)) throw Error(fmt::format("{}: no such file", options.path));
-    if (fs::is_directory(options.path, error)) throw Error(fmt::format("{}: is a directory", options.path));
-    if (!IsPictureFile(options.path)) return OpenVideo(options);
-  }
-  return std::make_unique<IndexedReader>(OpenFrames(options.path, options.demoSize), options);
+  auto file = std::make_unique<InputFile>(options.path);
+  if (IsPictureFile(*file)) return std::make_unique<IndexedReader>(OpenStill(*file), options);
+  return OpenVideo(std::move(file), options);
 }
 
 std::unique_ptr<FrameWriter> OpenWriter(const OutputOptions& options, const FrameReader& reader, double fps) {
@@ -143,8 +227,9 @@ std::unique_ptr<FrameWriter> OpenWriter(const OutputOptions& options, const Fram
     if (options.rawPipe) return std::make_unique<RawWriter>();
     return CreateY4mWriter(reader, fps);
   }
-  if (IsSequence(options.path)) return std::make_unique<SequenceWriter>(options.path);
-  if (IsPictureName(options.path)) return std::make_unique<StillWriter>(options.path);
+  const bool picture = IsPictureName(options.path);
+  if (picture && IsSequenceName(options)) return std::make_unique<SequenceWriter>(options, reader);
+  if (picture) return std::make_unique<StillWriter>(options);
   if (!IsVideoName(options.path)) {
     throw UsageError(fmt::format("{}: neither a picture (.png, .jpg) nor a video that can be written", options.path));
   }

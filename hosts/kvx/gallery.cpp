@@ -4,15 +4,17 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <vector>
 
 #include "hostkit/param_track.h"
 #include "hostkit/text.h"
 #include "hosts/kvx/frame_cache.h"
 #include "hosts/kvx/labelled_grid.h"
+#include "hosts/kvx/media/video.h"
+#include "hosts/kvx/output_file.h"
+#include "hosts/kvx/overlap.h"
 #include "hosts/kvx/progress.h"
-#include "hosts/kvx/video.h"
+#include "hosts/kvx/signals.h"
 
 namespace kvx {
 
@@ -40,6 +42,7 @@ h1 { font-size: 1.2rem; margin: 0; }
 #search { flex: 1 1 220px; max-width: 480px; padding: 8px 12px; border-radius: 8px; border: 1px solid #474d59;
   background: #0f1013; color: inherit; font: inherit; }
 #count { color: var(--dim); }
+@media (max-width: 560px) { #search { flex-basis: 100%; order: 1; } }
 main { padding: 4px 20px 60px; }
 h2 { font-size: 1.05rem; color: var(--accent); margin: 28px 0 10px; }
 .grid { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(320px, 100%), 1fr)); gap: 16px; }
@@ -49,13 +52,14 @@ article { background: var(--card); border-radius: 10px; overflow: hidden; displa
 .pair .after { position: absolute; inset: 0; height: 100%; clip-path: inset(0 0 0 var(--cut, 0%)); }
 .pair::after { content: ""; position: absolute; top: 0; bottom: 0; left: var(--cut, 0%); width: 2px; background: #fff8; }
 .slider { width: 100%; margin: 6px 0 0; accent-color: var(--accent); }
+.ends { display: flex; justify-content: space-between; padding: 0 14px; font-size: .8rem; color: var(--dim); }
 .text { padding: 4px 14px 14px; }
 h3 { margin: 4px 0; font-size: 1rem; }
 h3 small { color: var(--dim); font-weight: normal; }
 table { border-collapse: collapse; font-size: .85rem; color: var(--dim); width: 100%; }
 td { padding: 1px 8px 1px 0; }
 code { display: block; margin-top: 8px; padding: 6px 8px; background: #0f1013; border-radius: 6px; font-size: .8rem;
-  overflow-x: auto; white-space: pre; }
+  white-space: pre-wrap; overflow-wrap: anywhere; }
 [hidden] { display: none !important; }
 :focus-visible { outline: 2px solid var(--accent); outline-offset: 2px; }
 </style>
@@ -127,14 +131,14 @@ std::string Escape(const std::string& text) {
   return out;
 }
 
-void WriteJpeg(const Picture& picture, const fs::path& path) {
-  WritePicture(OverCheckerboard(picture), path.string());
+void WriteJpeg(const Picture& picture, const fs::path& path, bool overwrite) {
+  WritePicture(OverCheckerboard(picture), path.string(), overwrite);
 }
 
-void WriteLoop(const std::vector<Picture>& frames, const FrameReader& origin, const fs::path& path) {
+void WriteLoop(const std::vector<Picture>& frames, const FrameReader& origin, const fs::path& path, bool overwrite) {
   OutputOptions options;
   options.path = path.string();
-  options.overwrite = true;
+  options.overwrite = overwrite;
   options.crf = 26;
   const std::unique_ptr<FrameWriter> writer = CreateVideo(options, origin, kFps);
   Frame frame;
@@ -177,11 +181,24 @@ std::string Card(const EffectInfo& effect, const Picture& shape) {
                         file, Escape(alt), shape.width, shape.height);
   return fmt::format(
       "<article data-words=\"{}\">\n<div class=\"pair\"><img src=\"pictures/source.jpg\" alt=\"The picture before\" "
-      "width=\"{}\" height=\"{}\">{}</div>\n<input class=\"slider\" type=\"range\" min=\"0\" max=\"100\" value=\"0\" "
-      "aria-label=\"Before and after {}\">\n<div class=\"text\"><h3>{} <small>{}</small></h3>\n{}"
+      "width=\"{}\" height=\"{}\">{}</div>\n<input class=\"slider\" type=\"range\" min=\"0\" max=\"100\" "
+      "value=\"0\" aria-label=\"Before and after {}\">\n<div class=\"ends\" aria-hidden=\"true\"><span>before</span>"
+      "<span>after</span></div>\n<div class=\"text\"><h3>{} <small>{}</small></h3>\n{}"
       "<code>kvx render {}{} in.png out.png</code></div>\n</article>\n",
       Escape(words), shape.width, shape.height, after, Escape(effect.name), Escape(effect.name), effect.id,
       rows.empty() ? std::string() : "<table>\n" + rows + "</table>\n", effect.id, Escape(sample));
+}
+
+// Before the first picture: nobody wants to hear of the last one's file after minutes.
+void CheckFiles(const Plugin& plugin, const GalleryOptions& options) {
+  const fs::path directory(options.directory);
+  std::vector<std::string> paths = {(directory / "index.html").string(), (directory / "pictures/source.jpg").string()};
+  for (const EffectInfo& effect : plugin.Effects().All()) {
+    paths.push_back((directory / fmt::format("pictures/{}.jpg", effect.id)).string());
+    if (effect.moving) paths.push_back((directory / fmt::format("pictures/{}.mp4", effect.id)).string());
+  }
+  for (const std::string& path : paths) CheckReplaceable(path, options.overwrite);
+  RefuseOverlap({options.input}, paths);
 }
 
 }  // namespace
@@ -189,6 +206,7 @@ std::string Card(const EffectInfo& effect, const Picture& shape) {
 void WriteGallery(Plugin& plugin, const GalleryOptions& options) {
   const fs::path directory(options.directory);
   std::error_code error;
+  CheckFiles(plugin, options);
   fs::create_directories(directory / "pictures", error);
   if (error) throw Error(fmt::format("{}: {}", options.directory, error.message()));
   // Even sizes, so that every player shows the loops.
@@ -198,7 +216,7 @@ void WriteGallery(Plugin& plugin, const GalleryOptions& options) {
   FrameCache cropped(options.input, {width, width * 9 / 16 / 2 * 2},
                      FrameSize{std::max(2, even.width), std::max(2, even.height)}, width);
   const Picture first = cropped.At(0);
-  WriteJpeg(first, directory / "pictures/source.jpg");
+  WriteJpeg(first, directory / "pictures/source.jpg", options.overwrite);
 
   std::string page = kHead;
   Progress progress("effect", static_cast<int64_t>(plugin.Effects().All().size()));
@@ -206,12 +224,15 @@ void WriteGallery(Plugin& plugin, const GalleryOptions& options) {
     std::string cards;
     for (const EffectInfo& effect : plugin.Effects().All()) {
       if (effect.family != family) continue;
+      ThrowIfStopAsked();
       Picture output;
       std::vector<Picture> frames;
       RenderSample(plugin, effect, ParamTracks(effect, {}, 100), cropped, SampleLength(effect), output,
                    effect.moving ? &frames : nullptr);
-      WriteJpeg(output, directory / fmt::format("pictures/{}.jpg", effect.id));
-      if (effect.moving) WriteLoop(frames, NoReader(), directory / fmt::format("pictures/{}.mp4", effect.id));
+      WriteJpeg(output, directory / fmt::format("pictures/{}.jpg", effect.id), options.overwrite);
+      if (effect.moving) {
+        WriteLoop(frames, NoReader(), directory / fmt::format("pictures/{}.mp4", effect.id), options.overwrite);
+      }
       cards += Card(effect, first);
       progress.Advance();
     }
@@ -220,10 +241,8 @@ void WriteGallery(Plugin& plugin, const GalleryOptions& options) {
                         family, cards);
   }
   page += kTail;
-  std::ofstream file(directory / "index.html", std::ios::binary);
-  file << page;
-  file.close();
-  if (!file) throw Error(fmt::format("{}: cannot be written", (directory / "index.html").string()));
+  progress.Finish();
+  WriteWholeFile((directory / "index.html").string(), page, options.overwrite);
 }
 
 }  // namespace kvx

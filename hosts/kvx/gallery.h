@@ -13,6 +13,7 @@ struct GalleryOptions {
   std::string input = "demo";
   std::string directory;
   int32_t width = 480;  // of the pictures
+  bool overwrite = false;
 };
 
 // Writes index.html with its pictures and loops. Opens from disk without a network.

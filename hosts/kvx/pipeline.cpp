@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "hosts/kvx/signals.h"
+
 namespace kvx {
 
 namespace {
@@ -87,7 +89,7 @@ class Exchange {
 
 }  // namespace
 
-int64_t RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, FrameWriter& writer, int64_t totalFrames,
+PipelineResult RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, FrameWriter& writer, int64_t totalFrames,
                     const PipelineOptions& options) {
   const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
   const int jobs = chain.IsStateless() ? (options.jobs > 0 ? options.jobs : cores) : 1;
@@ -96,21 +98,27 @@ int64_t RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, Fra
   std::vector<std::unique_ptr<ChainRunner>> runners;
   for (int i = 0; i < jobs; ++i) runners.push_back(std::make_unique<ChainRunner>(plugin, chain));
 
-  const auto guarded = [&exchange](auto work) {
-    return [&exchange, work] {
+  const auto guarded = [&](auto work) {
+    return [&exchange, &reader, work] {
       try {
         work();
       } catch (...) {
         exchange.Fail(std::current_exception());
+        reader.Abandon();
       }
     };
   };
+  const auto isStopped = [&options] { return options.stopped && options.stopped(); };
   std::vector<std::thread> threads;
   threads.emplace_back(guarded([&] {
     Frame frame;
-    while (!(options.stopped && options.stopped()) && reader.Read(frame)) {
-      if (!exchange.PutRead(std::move(frame))) return;
-      frame = Frame();
+    try {
+      while (!isStopped() && reader.Read(frame)) {
+        if (!exchange.PutRead(std::move(frame))) return;
+        frame = Frame();
+      }
+    } catch (const Interrupted&) {
+      // What was read until now is finished.
     }
     exchange.EndReading();
   }));
@@ -119,7 +127,7 @@ int64_t RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, Fra
       Frame frame;
       while (exchange.TakeRead(frame)) {
         if (options.pad) frame.picture = PadPicture(frame.picture, *options.pad);
-        objects.Render(frame.picture, frame.number, totalFrames, frame.seconds);
+        objects.Render(frame.picture, frame.place, totalFrames, frame.clipSeconds);
         exchange.PutRendered(std::move(frame));
         frame = Frame();
       }
@@ -136,8 +144,9 @@ int64_t RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, Fra
   })();
   for (std::thread& thread : threads) thread.join();
   if (const std::exception_ptr failure = exchange.Failure()) std::rethrow_exception(failure);
+  if (isStopped()) return {done, false};
   writer.Finish();
-  return done;
+  return {done, true};
 }
 
 }  // namespace kvx

@@ -18,9 +18,16 @@ struct PipelineOptions {
   std::function<bool()> stopped;  // asked before each frame is read
 };
 
-// Returns the number of frames written. `totalFrames` is what effects are told as the clip's length.
-int64_t RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, FrameWriter& writer, int64_t totalFrames,
-                    const PipelineOptions& options);
+struct PipelineResult {
+  int64_t frames;  // written
+  bool whole;      // false: it was stopped, and the writer is not finished
+};
+
+// `totalFrames` is what effects are told as the clip's length. Effects and keyframes
+// count frames and time from the beginning of the input, so that a part of a clip looks as it does in the whole. Throws
+// Error.
+PipelineResult RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, FrameWriter& writer,
+                           int64_t totalFrames, const PipelineOptions& options);
 
 }  // namespace kvx
 

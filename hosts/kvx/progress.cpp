@@ -1,10 +1,13 @@
 #include "hosts/kvx/progress.h"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "hostkit/plugin.h"
@@ -12,13 +15,17 @@
 namespace kvx {
 
 Progress::Progress(std::string unit, int64_t total, const ProgressOptions& options)
-    : unit_(std::move(unit)), total_(std::max<int64_t>(total, 0)), terminal_(!options.quiet && isatty(STDERR_FILENO)) {
+    : unit_(std::move(unit)),
+      total_(std::max<int64_t>(total, 0)),
+      rate_(options.rate),
+      terminal_(!options.quiet && isatty(STDERR_FILENO)) {
   if (options.file.empty()) return;
   file_.open(options.file);
-  if (!file_) throw Error(fmt::format("{}: cannot be written", options.file));
+  if (!file_) throw Error(fmt::format("{}: cannot be written: {}", options.file, std::strerror(errno)));
 }
 
 Progress::~Progress() {
+  if (file_.is_open()) End("failed");
   if (shown_) std::fputs("\r\033[K", stderr);
 }
 
@@ -37,7 +44,17 @@ void Progress::Advance() {
 }
 
 void Progress::Finish() {
-  if (file_.is_open()) WriteBlock("end");
+  End("end");
+}
+
+void Progress::Interrupt() {
+  End("interrupted");
+}
+
+void Progress::End(const char* state) {
+  if (!file_.is_open()) return;
+  WriteBlock(state);
+  file_.close();
 }
 
 void Progress::WriteBlock(const char* state) {
@@ -49,17 +66,22 @@ void Progress::WriteBlock(const char* state) {
 
 void Progress::ShowLine(double elapsed) {
   shown_ = true;
-  const double rate = static_cast<double>(done_) / elapsed;
-  std::string line = fmt::format("\r{} {}", unit_, done_);
+  const double speed = static_cast<double>(done_) / elapsed;
+  std::string line = fmt::format("{} {}", unit_, done_);
+  if (total_ > 0) line += fmt::format("/{}", total_);
+  line += fmt::format("  {:.1f} fps", speed);
+  if (rate_ > 0) line += fmt::format("  {:.2f}x", speed / rate_);
   if (total_ > 0) {
     const int64_t reached = std::min(done_, total_);
-    const auto left = static_cast<int64_t>(static_cast<double>(total_ - reached) / rate + 0.5);
-    line += fmt::format("/{}  {:.1f} fps  {:.2f}x  {}%  {}:{:02} left", total_, rate, rate / 25, reached * 100 / total_,
-                        left / 60, left % 60);
-  } else {
-    line += fmt::format("  {:.1f} fps", rate);
+    const auto left = static_cast<int64_t>(static_cast<double>(total_ - reached) / speed + 0.5);
+    line += fmt::format("  {}%  {}:{:02} left", reached * 100 / total_, left / 60, left % 60);
   }
-  std::fputs((line + "\033[K").c_str(), stderr);
+  winsize window = {};
+  // The last column stays free: some terminals wrap there.
+  if (ioctl(STDERR_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 1 && line.size() >= window.ws_col) {
+    line.resize(window.ws_col - 1);
+  }
+  std::fputs(("\r" + line + "\033[K").c_str(), stderr);
 }
 
 }  // namespace kvx

@@ -11,7 +11,10 @@ namespace kvx {
 
 struct ProgressOptions {
   bool quiet = false;
-  std::string file;  // gets a block every half second; the last one ends in progress=end. Empty for none.
+  // Gets a block every half second. The last one ends in progress=end, progress=interrupted or progress=failed. Empty for
+  // none.
+  std::string file;
+  double rate = 0;  // frames per second of the clip, for telling how fast the work is against it; 0 if there is none
 };
 
 // The line goes to stderr, only if that is a terminal, and only once the work has taken a second.
@@ -21,17 +24,20 @@ class Progress {
   Progress(std::string unit, int64_t total, const ProgressOptions& options = {});
   ~Progress();
   void Advance();
-  // The work is done: writes the last block.
+  // The work is done, or somebody interrupted it: writes the last block. Without either it has failed.
   void Finish();
+  void Interrupt();
 
  private:
   using Clock = std::chrono::steady_clock;
   void WriteBlock(const char* state);
   void ShowLine(double elapsed);
+  void End(const char* state);
 
   std::string unit_;
   int64_t total_;
   int64_t done_ = 0;
+  double rate_;
   bool terminal_;
   bool shown_ = false;
   std::ofstream file_;

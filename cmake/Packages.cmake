@@ -1,0 +1,54 @@
+# cpack -G DEB makes the Debian packages, one per component: what is installed with COMPONENT NAME is package NAME.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME kvx)
+set(CPACK_PACKAGE_CONTACT "kvx maintainers <maintainers@kvx.invalid>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_COMPONENTS_ALL kvx libkvx-dev)
+
+# kvx_package(NAME SECTION DEPENDS SUMMARY TEXT...): what Debian is told of a component. Every package has the copyright and
+# the changelog where they belong. Lines of the text are at most 79 characters long.
+function(kvx_package name section depends summary)
+  string(TOUPPER ${name} upper)
+  string(REPLACE ";" "\n" text "${summary};${ARGN}")
+  set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
+  set(CPACK_COMPONENT_${upper}_DESCRIPTION "${text}" PARENT_SCOPE)
+  install(FILES ${CMAKE_BINARY_DIR}/copyright ${CMAKE_BINARY_DIR}/changelog.gz
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${name})
+endfunction()
+
+# The changelog in Debian's form: one entry, whose date is that of the last commit, so that builds repeat.
+execute_process(COMMAND git -C ${CMAKE_SOURCE_DIR} log -1 --format=%cD OUTPUT_VARIABLE date ERROR_QUIET
+  OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(NOT date)
+  set(date "Thu, 01 Jan 1970 00:00:00 +0000")
+endif()
+file(READ ${CMAKE_SOURCE_DIR}/LICENSE license)
+string(REGEX REPLACE "\n\n" "\n.\n" license "${license}")
+string(REGEX REPLACE "\n(.)" "\n \\1" license " ${license}")
+configure_file(${CMAKE_CURRENT_LIST_DIR}/copyright.in ${CMAKE_BINARY_DIR}/copyright @ONLY)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/changelog.in ${CMAKE_BINARY_DIR}/changelog @ONLY)
+execute_process(COMMAND gzip -9nf ${CMAKE_BINARY_DIR}/changelog)
+
+kvx_package(kvx video "" "video effects on pictures, sequences and videos"
+  "kvx runs more than two hundred video effects on the CPU: colour looks, film"
+  "wear, stylisation, distortions, overlays, time-driven layouts, generators and"
+  "background fills. It reads and writes pictures, numbered sequences, videos and"
+  "pipes, and keeps their sound, subtitles and metadata."
+  "."
+  "This package holds the command, the plug-in that a host can load by itself, and"
+  "the materials of the effects.")
+kvx_package(libkvx-dev libdevel "kvx (= ${PROJECT_VERSION})" "headers for hosts of the kvx video effects"
+  "kvx is a library of video effects that run on the CPU, behind one plug-in."
+  "."
+  "This package holds the headers that a host of the plug-in includes and the files"
+  "by which CMake finds it.")
+
+include(CPack)

@@ -1,0 +1,149 @@
+#include "hosts/kvx/media/pixels.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "hostkit/error.h"
+
+extern "C" {
+#include <libswscale/swscale.h>
+}
+
+namespace kvx {
+
+namespace {
+
+// Colour samples are doubled on the way in and averaged on the way out: what passes an effect unchanged then comes out
+// as it came in.
+constexpr int kDecodeFlags = SWS_POINT | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP;
+constexpr int kEncodeFlags = SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP;
+
+const int* Coefficients(AVColorSpace tagged, int height) {
+  switch (tagged) {
+    case AVCOL_SPC_BT709:
+      return sws_getCoefficients(SWS_CS_ITU709);
+    case AVCOL_SPC_FCC:
+      return sws_getCoefficients(SWS_CS_FCC);
+    case AVCOL_SPC_SMPTE240M:
+      return sws_getCoefficients(SWS_CS_SMPTE240M);
+    case AVCOL_SPC_BT2020_NCL:
+    case AVCOL_SPC_BT2020_CL:
+      return sws_getCoefficients(SWS_CS_BT2020);
+    case AVCOL_SPC_UNSPECIFIED:
+    case AVCOL_SPC_RGB:
+      // Untagged video is taken as players take it: by its size.
+      return sws_getCoefficients(height > 576 ? SWS_CS_ITU709 : SWS_CS_ITU601);
+    default:
+      return sws_getCoefficients(SWS_CS_ITU601);
+  }
+}
+
+bool IsFullRange(AVColorRange range, AVPixelFormat format) {
+  if (range != AVCOL_RANGE_UNSPECIFIED) return range == AVCOL_RANGE_JPEG;
+  return format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVJ422P || format == AV_PIX_FMT_YUVJ444P ||
+         format == AV_PIX_FMT_YUVJ440P || format == AV_PIX_FMT_YUVJ411P || IsRgb(format);
+}
+
+const AVPixFmtDescriptor& Describe(AVPixelFormat format) {
+  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
+  if (!desc) throw Error("unknown pixel format");
+  return *desc;
+}
+
+// How far `format` is from what is wanted; less is better.
+int Distance(AVPixelFormat format, AVPixelFormat source, bool alpha) {
+  const AVPixFmtDescriptor& desc = Describe(format);
+  const bool known = source != AV_PIX_FMT_NONE && Describe(source).nb_components >= 3;  // grey has no sampling of colour
+  const int wantedX = known ? Describe(source).log2_chroma_w : 1;
+  const int wantedY = known ? Describe(source).log2_chroma_h : 1;
+  const int missing = std::max(0, desc.log2_chroma_w - wantedX) + std::max(0, desc.log2_chroma_h - wantedY);
+  const int spare = std::max(0, wantedX - desc.log2_chroma_w) + std::max(0, wantedY - desc.log2_chroma_h);
+  int distance = 0;
+  if (desc.nb_components < 3) distance += 100000;  // grey, or a palette
+  if (desc.flags & AV_PIX_FMT_FLAG_PAL) distance += 50000;
+  if (desc.comp[0].depth < 8) distance += 40000;
+  if (alpha && !HasAlpha(format)) distance += 20000;
+  if (!alpha && HasAlpha(format)) distance += 40;
+  distance += 1000 * missing + 100 * spare;
+  if (known && IsRgb(source) != IsRgb(format)) distance += 50;
+  if (!known && IsRgb(format)) distance += 10;
+  return distance + 5 * std::abs(desc.comp[0].depth - 8) + (desc.flags & AV_PIX_FMT_FLAG_BE ? 1 : 0);
+}
+
+}  // namespace
+
+bool HasAlpha(AVPixelFormat format) {
+  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
+  return desc && (desc->flags & AV_PIX_FMT_FLAG_ALPHA);
+}
+
+bool IsRgb(AVPixelFormat format) {
+  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
+  return desc && (desc->flags & AV_PIX_FMT_FLAG_RGB);
+}
+
+int BitDepth(AVPixelFormat format) {
+  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
+  int depth = 0;
+  for (int i = 0; desc && i < desc->nb_components; ++i) depth = std::max(depth, desc->comp[i].depth);
+  return depth;
+}
+
+void PixelConverter::Deleter::operator()(SwsContext* c) const {
+  sws_freeContext(c);
+}
+PixelConverter::PixelConverter() = default;
+PixelConverter::~PixelConverter() = default;
+
+void PixelConverter::ToPicture(const AVFrame& frame, ColorCoding coding, Picture& picture) {
+  const auto format = static_cast<AVPixelFormat>(frame.format);
+  const Shape shape = {frame.width,    frame.height,  frame.format, picture.width,
+                       picture.height, coding.matrix, coding.range};
+  if (!scaler_ || shape != shape_) {
+    scaler_.reset(sws_getContext(frame.width, frame.height, format, picture.width, picture.height, AV_PIX_FMT_BGRA,
+                                 kDecodeFlags, nullptr, nullptr, nullptr));
+    if (!scaler_) throw Error("its pixels cannot be converted");
+    const int* matrix = Coefficients(coding.matrix, frame.height);
+    sws_setColorspaceDetails(scaler_.get(), matrix, IsFullRange(coding.range, format), matrix, 1, 0, 1 << 16, 1 << 16);
+    shape_ = shape;
+  }
+  uint8_t* planes[] = {picture.pixels.data()};
+  const int steps[] = {picture.Step()};
+  sws_scale(scaler_.get(), frame.data, frame.linesize, 0, frame.height, planes, steps);
+  if (HasAlpha(format)) return;
+  for (size_t i = 3; i < picture.pixels.size(); i += 4) picture.pixels[i] = 255;
+}
+
+void PixelConverter::ToFrame(const Picture& picture, ColorCoding coding, AVFrame& frame) {
+  const auto format = static_cast<AVPixelFormat>(frame.format);
+  const Shape shape = {picture.width, picture.height, frame.format, frame.width,
+                       frame.height,  coding.matrix,  coding.range};
+  if (!scaler_ || shape != shape_) {
+    scaler_.reset(sws_getContext(picture.width, picture.height, AV_PIX_FMT_BGRA, frame.width, frame.height, format,
+                                 kEncodeFlags, nullptr, nullptr, nullptr));
+    if (!scaler_) throw Error("its pixels cannot be converted");
+    const int* matrix = Coefficients(coding.matrix, picture.height);
+    sws_setColorspaceDetails(scaler_.get(), matrix, 1, matrix, IsFullRange(coding.range, format), 0, 1 << 16, 1 << 16);
+    shape_ = shape;
+  }
+  const uint8_t* planes[] = {picture.pixels.data()};
+  const int steps[] = {picture.Step()};
+  sws_scale(scaler_.get(), planes, steps, 0, picture.height, frame.data, frame.linesize);
+}
+
+std::vector<AVPixelFormat> ChoosePixelFormats(const AVCodec& encoder, AVPixelFormat source, bool alpha) {
+  std::vector<AVPixelFormat> formats;
+  for (const AVPixelFormat* f = encoder.pix_fmts; f && *f != AV_PIX_FMT_NONE; ++f) {
+    const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(*f);
+    if (desc && !(desc->flags & AV_PIX_FMT_FLAG_HWACCEL)) formats.push_back(*f);
+  }
+  if (formats.empty()) {
+    formats = {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUVA420P, AV_PIX_FMT_BGRA};
+  }
+  std::stable_sort(formats.begin(), formats.end(), [&](AVPixelFormat a, AVPixelFormat b) {
+    return Distance(a, source, alpha) < Distance(b, source, alpha);
+  });
+  return formats;
+}
+
+}  // namespace kvx
