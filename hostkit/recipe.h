@@ -13,6 +13,10 @@ namespace kvx {
 Chain ParseRecipe(const EffectList& effects, const std::string& text, const std::string& name);
 std::string RecipeText(const Chain& chain);
 
+// The same without a file; errors call the text `name`.
+Chain ParseRecipe(const EffectList& effects, const std::string& text, const std::string& name);
+std::string RecipeText(const Chain& chain);
+
 }  // namespace kvx
 
 #endif  // KVX_HOSTKIT_RECIPE_H_

@@ -4,7 +4,7 @@
 set -eu
 packages='cmake ninja-build g++ ccache libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev libtinyxml2-dev
 libpng-dev libturbojpeg0-dev libhwy-dev libcli11-dev libfmt-dev libavformat-dev libavcodec-dev libavutil-dev
-libswscale-dev libswresample-dev libavfilter-dev zlib1g-dev pkg-config libgtest-dev libbenchmark-dev'
+libswscale-dev libcpp-httplib-dev libswresample-dev libavfilter-dev zlib1g-dev pkg-config libgtest-dev libbenchmark-dev'
 missing=''
 for package in $packages "$@"; do
   dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' || missing="$missing $package"

@@ -17,6 +17,7 @@
 #include "hosts/kvx/output_file.h"
 #include "hosts/kvx/overlap.h"
 #include "hosts/kvx/standard_output.h"
+#include "hosts/kvx/studio/studio.h"
 
 namespace kvx {
 
@@ -55,6 +56,7 @@ CommandLine::CommandLine() : app_("Video effects on pictures, sequences and vide
   AddRender(*this);
   AddRecipe(*this);
   AddSheets(*this);
+  AddStudio(*this);
 }
 
 bool CommandLine::Run() {
@@ -224,6 +226,17 @@ void AddSheets(CommandLine& line) {
       return true;
     });
   });
+}
+
+void AddStudio(CommandLine& line) {
+  auto options = std::make_shared<StudioOptions>();
+  CLI::App* studio = line.App().add_subcommand("studio", "Choose, tune and chain effects in a browser");
+  studio->add_option("INPUT", options->input, "Picture, sequence, video or demo");
+  studio->add_option("--port", options->port, "Port to listen on; any free one if it is not given")
+      ->check(CLI::Range(1, 65535));
+  studio->add_flag("--open", options->open, "Open the page in the browser");
+  studio->callback(
+      [&line, options] { line.Choose([options](Plugin& plugin) { return RunStudio(plugin, *options); }); });
 }
 
 }  // namespace kvx

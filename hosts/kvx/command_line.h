@@ -56,6 +56,7 @@ void AddListing(CommandLine& line);
 void AddRender(CommandLine& line);
 void AddRecipe(CommandLine& line);
 void AddSheets(CommandLine& line);
+void AddStudio(CommandLine& line);
 
 // What the last of `words`, which follow the program's name, may go on with: for the shells. Nothing: a file's name.
 std::vector<std::string> Completions(CLI::App& app, const EffectList& list, const std::vector<std::string>& words);

@@ -1,0 +1,110 @@
+#include "hosts/kvx/studio/command_lines.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <filesystem>
+
+#include "hostkit/text.h"
+
+namespace kvx {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The name that finds exactly this effect.
+const std::string& WordOf(const EffectInfo& effect) {
+  return effect.slug == Slug(effect.name) ? effect.name : effect.slug;
+}
+
+bool IsKeyed(const ChainLink& link, const std::string& setting) {
+  const size_t equals = setting.find('=');
+  return !FindParam(*link.effect, setting.substr(0, equals)).IsText() && setting.find(':', equals) != std::string::npos;
+}
+
+// A name that no program takes for an option.
+std::string FileWord(const std::string& path) {
+  return ShellWord(path.starts_with('-') ? "./" + path : path);
+}
+
+}  // namespace
+
+std::string ShellWord(const std::string& text) {
+  const auto plain = [](unsigned char c) { return std::isalnum(c) || (c && std::strchr("%+,-./:=@_", c)); };
+  if (!text.empty() && std::all_of(text.begin(), text.end(), plain)) return text;
+  std::string word = "'";
+  for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return word + "'";
+}
+
+CommandLine KvxLine(const Project& project, const Clip& clip, const std::string& output) {
+  std::string line = "kvx render";
+  if (clip.IsEndless() && project.frames > 1) line += fmt::format(" --frames {}", project.frames);
+  if (project.pad) line += fmt::format(" --pad {}x{}", project.pad->width, project.pad->height);
+  for (const ChainLink& link : project.chain.Links()) {
+    std::string settings = link.opacity == 100 ? "" : fmt::format("opacity={}", link.opacity);
+    for (const std::string& setting : link.settings) {
+      if (setting.find(';') != std::string::npos) {
+        return {"", fmt::format("\"{}\" holds a semicolon: take the recipe", setting)};
+      }
+      settings += (settings.empty() ? "" : ";") + setting;
+    }
+    line += " -e " + ShellWord(WordOf(*link.effect) + (settings.empty() ? "" : ":" + settings));
+  }
+  const fs::path folder = clip.Folder();
+  const std::string target = folder == "." ? output : (folder / output).string();
+  return {line + " " + FileWord(clip.Input()) + " " + FileWord(target), ""};
+}
+
+CommandLine GstLine(const Project& project, const Clip& clip) {
+  if (clip.Input() == "demo") return {"", "the demo is known to kvx alone"};
+  if (IsSequence(clip.Input())) return {"", "for numbered pictures use kvx"};
+  if (project.pad) return {"", "the frame is padded, which only kvx does"};
+  std::string line = "gst-launch-1.0 filesrc location=" + FileWord(clip.Input()) + " ! decodebin";
+  if (clip.IsEndless()) line += " ! imagefreeze";
+  line += " ! videoconvert n-threads=0";
+  for (const ChainLink& link : project.chain.Links()) {
+    line += " ! kvx-" + link.effect->slug;
+    for (const std::string& setting : link.settings) {
+      if (IsKeyed(link, setting)) return {"", "values over time cannot stand in this line: take the recipe"};
+      const size_t equals = setting.find('=');
+      const ParamInfo& param = FindParam(*link.effect, setting.substr(0, equals));
+      std::string value = setting.substr(equals + 1);
+      if (param.type == ParamType::kCheckBox) value = value == "0" ? "false" : "true";
+      line += " " + ShellWord(Slug(param.name) + "=" + value);
+    }
+    if (link.opacity != 100) line += fmt::format(" opacity={}", link.opacity);
+  }
+  return {line + " ! videoconvert n-threads=0 ! autovideosink", ""};
+}
+
+CommandLine MeltLine(const Project& project, const Clip& clip) {
+  if (clip.Input() == "demo") return {"", "the demo is known to kvx alone"};
+  if (IsSequence(clip.Input())) return {"", "for numbered pictures use kvx"};
+  if (project.pad) return {"", "the frame is padded, which only kvx does"};
+  std::string line = "melt " + FileWord(clip.Input());
+  if (clip.IsEndless()) line += fmt::format(" length={} out={}", project.frames, project.frames - 1);
+  for (const ChainLink& link : project.chain.Links()) {
+    line += " -filter kvx." + link.effect->slug;
+    for (const std::string& setting : link.settings) {
+      const size_t equals = setting.find('=');
+      std::string value = setting.substr(equals + 1);
+      if (IsKeyed(link, setting)) {
+        std::string points;
+        for (const std::string& point : Split(value, ',')) {
+          const size_t colon = point.find(':');
+          points += (points.empty() ? "" : ";") + point.substr(0, colon) + "=" + point.substr(colon + 1);
+        }
+        value = points;
+      }
+      line += " " + ShellWord(Slug(setting.substr(0, equals)) + "=" + value);
+    }
+    if (link.opacity != 100) line += fmt::format(" opacity={}", link.opacity);
+  }
+  return {line, ""};
+}
+
+}  // namespace kvx
