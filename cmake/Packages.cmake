@@ -51,4 +51,34 @@ kvx_package(libkvx-dev libdevel "kvx (= ${PROJECT_VERSION})" "headers for hosts 
   "This package holds the headers that a host of the plug-in includes and the files"
   "by which CMake finds it.")
 
+if(KVX_BUILD_C)
+  list(APPEND CPACK_COMPONENTS_ALL libkvx0)
+  kvx_package(libkvx0 libs "kvx (= ${PROJECT_VERSION})" "C library of the kvx video effects"
+    "libkvx renders the effects of kvx on images in memory, from C and from every"
+    "language that can call C.")
+endif()
+if(TARGET kvx_python)
+  list(APPEND CPACK_COMPONENTS_ALL python3-kvx)
+  set(CPACK_DEBIAN_PYTHON3-KVX_PACKAGE_ARCHITECTURE all)
+  kvx_package(python3-kvx python "libkvx0 (= ${PROJECT_VERSION}), python3, python3-numpy"
+    "kvx video effects for Python and NumPy"
+    "The effects of kvx on NumPy arrays and Pillow images, by libkvx.")
+endif()
+if(KVX_BUILD_GSTREAMER)
+  list(APPEND CPACK_COMPONENTS_ALL gstreamer1.0-kvx)
+  kvx_package(gstreamer1.0-kvx libs "kvx (= ${PROJECT_VERSION})" "GStreamer elements of the kvx video effects"
+    "One GStreamer element for every effect of kvx, with keyframes and presets.")
+endif()
+if(KVX_BUILD_MLT)
+  list(APPEND CPACK_COMPONENTS_ALL libmlt-kvx)
+  kvx_package(libmlt-kvx libs "kvx (= ${PROJECT_VERSION})" "MLT filters of the kvx video effects"
+    "One MLT filter for every effect of kvx, with keyframes, and what Kdenlive wants"
+    "to know of them.")
+endif()
+if(KVX_BUILD_GEGL)
+  list(APPEND CPACK_COMPONENTS_ALL gegl-kvx)
+  kvx_package(gegl-kvx graphics "kvx (= ${PROJECT_VERSION})" "GEGL operations of the kvx video effects"
+    "One GEGL operation for every effect of kvx, and so for GIMP.")
+endif()
+
 include(CPack)

@@ -17,7 +17,7 @@ case $input in
     echo "the clip as an old film:    out/clip.mp4" ;;
 esac
 if command -v gegl >/dev/null && [ -d build/release/lib/gegl-0.4 ]; then
-  ./build/release/bin/kvx render Invert --opacity 0 demo out/demo.png
+  ./build/release/bin/kvx render Invert --opacity 0 --overwrite -q demo out/demo.png
   GEGL_PATH="$PWD/build/release/lib/gegl-0.4:$(pkg-config --variable=pluginsdir gegl-0.4)" \
     gegl out/demo.png -- kvx:warm kvx:snow frame=20 kvx:vignette1 gegl:png-save path=out/gegl.png bitdepth=8
   echo "a chain in GEGL:            out/gegl.png"
