@@ -227,7 +227,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const size_t index = bytes.ConsumeIntegralInRange<size_t>(0, EffectRows().size() - 1);
   materials.Choose(bytes.ConsumeIntegralInRange<int>(0, kMaterialSets - 1));
   Rand().Seed(bytes.ConsumeIntegral<uint8_t>());
-  const bool throughFilter = bytes.ConsumeIntegral<uint8_t>() < 32 && index < kRecordCount;
+  const bool throughFilter = bytes.ConsumeIntegral<uint8_t>() < 32 && index < Records().size();
   g_seen[throughFilter][index % std::size(g_seen[0])] = 1;
   if (throughFilter) {
     RunFilter(bytes, *GetEffectPluginsInfo(static_cast<uint32_t>(index)));

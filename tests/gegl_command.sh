@@ -3,6 +3,7 @@
 # kvx gives, and without plug-in or resources. Exits 77 where that command is missing.
 set -eu
 kvx=$1
+tests=$(cd "$(dirname "$0")" && pwd)
 export GEGL_PATH="$2"
 unset KVX_PLUGIN KVX_RESOURCES
 command -v gegl >/dev/null || exit 77
@@ -18,9 +19,9 @@ through() {
   input=$1
   shift
   env "$missing" timeout 60 gegl "$input" -- "$@" gegl:png-save path=written.png bitdepth=8 2>said
-  "$kvx" render Invert --opacity 0 written.png got.png
+  "$kvx" render --overwrite -q Invert --opacity 0 written.png got.png
 }
-expect_input() { cmp got.png opaque.png || fail "$1: the input is changed"; }
+expect_input() { "$tests/same_pixels.py" got.png opaque.png || fail "$1: the input is changed"; }
 expect_operations() {
   env "$missing" timeout 60 gegl --list-all 2>complaints | grep -c '^kvx:' >count || true
   [ "$(cat count)" = "$effects" ] || fail "$1: $(cat count) operations, not $effects"
@@ -29,15 +30,15 @@ expect_operations() {
 expect_operations 'as built'
 [ ! -s complaints ] || fail "start-up complains: $(cat complaints)"
 
-"$kvx" render Invert --size 131x97 demo opaque.png
-"$kvx" render Invert --pad 140x131 opaque.png clear.png # transparent at the rims
+"$kvx" render --overwrite -q Invert --size 131x97 demo opaque.png
+"$kvx" render --overwrite -q Invert --pad 140x131 opaque.png clear.png # transparent at the rims
 while IFS='|' read -r operation words; do
   for picture in opaque clear; do
     # shellcheck disable=SC2086
     through $picture.png $operation
     # shellcheck disable=SC2086
-    "$kvx" render $picture.png wanted.png $words
-    cmp got.png wanted.png || fail "$operation on the $picture picture differs from kvx"
+    "$kvx" render --overwrite -q $picture.png wanted.png $words
+    "$tests/same_pixels.py" got.png wanted.png || fail "$operation on the $picture picture differs from kvx"
   done
 done <<'END'
 kvx:warm kvx:canvas-349|-e Warm -e 349

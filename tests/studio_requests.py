@@ -47,7 +47,7 @@ class StudioCase(unittest.TestCase):
         self.assertEqual(got, status, answer[:300])
         return answer
 
-    def job(self, phase, studio=None, seconds=60):
+    def job(self, phase, studio=None, seconds=300):
         """Follows the events until the render is in this phase."""
         studio = studio or self.studio
         with socket.create_connection(("127.0.0.1", studio.port)) as connection:
