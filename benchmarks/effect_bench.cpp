@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/bench_frame.h"
 #include "benchmarks/bench_host.h"
 #include "benchmarks/opencv_operations.h"
 #include "framework/factory/effect_table.h"
@@ -33,47 +34,14 @@ size_t Bytes() {
   return static_cast<size_t>(Step()) * static_cast<size_t>(g_height);
 }
 
-// Memory for one frame that all rows share, so that none is lucky with its place: two frames at the same place within a
-// page would slow each other down.
-class FrameMemory {
- public:
-  explicit FrameMemory(size_t offset) : offset_(offset), pages_(Bytes() + 2 * kPage) {}
-  uint8_t* Data() {
-    const auto address = reinterpret_cast<uintptr_t>(pages_.data());
-    return pages_.data() + (kPage - address % kPage) + offset_;
-  }
-
- private:
-  static constexpr size_t kPage = 4096;
-  size_t offset_;
-  std::vector<uint8_t> pages_;
-};
-
-// Smooth areas, edges and grain, opaque: what effects meet.
-void Fill(uint8_t* bytes) {
-  uint32_t s = 1;
-  for (int32_t y = 0; y < g_height; ++y) {
-    for (int32_t x = 0; x < g_width; ++x) {
-      s = s * 1664525u + 1013904223u;
-      uint8_t* p = bytes + static_cast<size_t>(y) * Step() + static_cast<size_t>(x) * 4;
-      const uint32_t grain = s >> 28;
-      const uint32_t block = (x / 120 + y / 90) % 2 ? 60 : 0;
-      p[0] = static_cast<uint8_t>(x * 160 / g_width + block + grain);
-      p[1] = static_cast<uint8_t>(y * 200 / g_height + grain);
-      p[2] = static_cast<uint8_t>((x + y) * 180 / (g_width + g_height) + block / 2 + grain);
-      p[3] = 255;
-    }
-  }
-}
-
 // Afresh for every row: effects may write into their source.
 uint8_t* Source() {
-  static FrameMemory memory(0);
-  Fill(memory.Data());
+  static FrameMemory memory(g_width, g_height, kSourceOffset);
+  FillFrame(memory.Data(), g_width, g_height);
   return memory.Data();
 }
 uint8_t* Destination() {
-  static FrameMemory memory(1344);
+  static FrameMemory memory(g_width, g_height, kDestinationOffset);
   return memory.Data();
 }
 
@@ -89,7 +57,7 @@ void Memcpy(benchmark::State& state) {
 void Blend(benchmark::State& state) {
   const uint8_t* src = Source();
   uint8_t* dst = Destination();
-  Fill(dst);
+  FillFrame(dst, g_width, g_height);
   for (auto _ : state) {
     AlphaBlendFrame(dst, Step(), dst, Step(), src, Step(), 255, g_width, g_height);
     benchmark::ClobberMemory();

@@ -43,17 +43,6 @@ int32_t FourSeasons(EngineRecord&, const EngineImage& image) {
   return kEngineDone;
 }
 
-// A part of the way to grey.
-int32_t SimpleElegant(EngineRecord&, const EngineImage& image) {
-  constexpr int32_t kGrayShare = 122;  // of 256: 0.48, cut
-  constexpr int32_t kColorShare = 256 - kGrayShare;
-  ForEachPixel(image, [](uint8_t* p) {
-    const int32_t gray = Luma1024(p) * kGrayShare;
-    for (int c = 0; c < 3; ++c) p[c] = Clamp((p[c] * kColorShare + gray) >> 8);
-  });
-  return kEngineDone;
-}
-
 int32_t YellowOnGray(EngineRecord&, const EngineImage& image) {
   ForEachPixel(image, [](uint8_t* p) { SetGray(p, static_cast<uint8_t>(Luma1024(p))); });
   SineContrast(image, image, 5);
@@ -97,79 +86,6 @@ int32_t Freshness(EngineRecord&, const EngineImage& image) {
     const uint8_t spread[] = {tables.spread[0][p[0]], tables.spread[1][p[1]], tables.spread[2][p[2]]};
     const int32_t luma = Luma255(spread);
     for (int c = 0; c < 3; ++c) p[c] = tables.blend[tables.tint[c][luma]][spread[c]];
-  });
-  return kEngineDone;
-}
-
-// Takes from every channel a share of the colour's purity. The purest channel gives most; where green leads, all give
-// more evenly.
-void ReducePurity(int32_t (&c)[3]) {
-  const int32_t distance = std::max({c[0], c[1], c[2]}) - std::min({c[0], c[1], c[2]});
-  const bool redLeads = c[2] >= c[1] && c[2] >= c[0];
-  const bool greenLeads = !redLeads && c[1] >= c[0];
-  const int32_t share[] = {greenLeads ? distance / 10
-                           : redLeads ? distance / 16
-                                      : distance / 4,
-                           greenLeads ? distance / 5 : distance / 8,
-                           greenLeads ? distance / 10
-                           : redLeads ? distance / 4
-                                      : distance / 16};
-  for (int i = 0; i < 3; ++i) c[i] = std::max(c[i] - ((share[i] * (255 - c[i])) >> 8), 0);
-}
-
-// The last blend takes the inverted channel, and so ends in a tinted negative of the lifted picture: meant to.
-int32_t Beautify(EngineRecord&, const EngineImage& image) {
-  static constexpr int32_t kStrength[] = {200, 194, 160};
-  ForEachPixel(image, [](uint8_t* p) {
-    const int32_t luma = Luma255(p);
-    int32_t c[3];
-    for (int i = 0; i < 3; ++i) c[i] = ScreenBlend(p[i], luma);
-    ReducePurity(c);
-    for (int i = 0; i < 3; ++i) p[i] = HardBlend(255 - (((255 - luma) * kStrength[i]) >> 8), 255 - c[i]);
-  });
-  return kEngineDone;
-}
-
-// Selective colour: reds, yellows, shadows and highlights each move the channels by shares that the channel itself
-// limits.
-int32_t Gloaming(EngineRecord&, const EngineImage& image) {
-  static const CurveSet kCurves = {MakeCurve(CurveKnots{54, 102, 145, 184, 221}),
-                                   MakeCurve(CurveKnots{0, 74, 142, 201, 255}),
-                                   MakeCurve(CurveKnots{0, 92, 166, 215, 255})};
-  ForEachPixel(image, [](uint8_t* p) {
-    const int32_t b = p[0];
-    const int32_t g = p[1];
-    const int32_t r = p[2];
-    int32_t db = 0, dg = 0, dr = 0;
-    const int32_t hi = std::max({b, g, r});
-    const int32_t lo = std::min({b, g, r});
-    const int32_t mid = b + g + r - hi - lo;
-    if (hi != mid && hi == r) {
-      const int32_t e = hi - mid;
-      dr = std::min(38 * e / 100, (e * (255 - r)) >> 8);
-      dg = -std::min(e / 10, (e * g) >> 8);
-      db = std::min(e / 5, (e * (255 - b)) >> 8);
-    }
-    if (mid != lo && lo == b) {
-      const int32_t f = mid - lo;
-      dr += std::min(28 * f / 100, (f * (255 - r)) >> 8);
-      dg -= std::min(f / 20, (f * g) >> 8);
-      db -= std::min(f / 4, (f * b) >> 8);
-    }
-    if (hi < 128) {
-      const int32_t k = 255 - 2 * hi;
-      dr += std::min(6 * k / 100, (k * (255 - r)) >> 8);
-      dg -= std::min(7 * k / 100, (k * g) >> 8);
-      db += std::min(9 * k / 100, (k * (255 - b)) >> 8);
-    } else if (lo >= 129) {
-      const int32_t k = 2 * lo - 255;
-      dr -= std::min(k / 50, (k * r) >> 8);
-      dg += std::min(3 * k / 100, (k * (255 - g)) >> 8);
-      db += std::min(3 * k / 100, (k * (255 - b)) >> 8);
-    }
-    p[0] = kCurves.blue[std::clamp(b + db, 0, 255)];
-    p[1] = kCurves.green[std::clamp(g + dg, 0, 255)];
-    p[2] = kCurves.red[std::clamp(r + dr, 0, 255)];
   });
   return kEngineDone;
 }

@@ -27,6 +27,17 @@ NoiseTable DrawNoise(Rand& rand, int32_t mask, int32_t base) {
   return table;
 }
 
+// In the films below each pixel waits for the one before it. Of their running numbers the low ten bits count, so they
+// may wrap; and what the last step has found enters a sum last, so that nothing else waits for it.
+constexpr uint32_t kNoiseMask = 0x3FF;
+
+// The brightness of 192 to 223 for each entry of the noise.
+std::array<uint32_t, kNoiseMask + 1> MakeFlicker() {
+  std::array<uint32_t, kNoiseMask + 1> flicker;
+  for (size_t i = 0; i < flicker.size(); ++i) flicker[i] = (randomTable[i] >> 3) + 192u;
+  return flicker;
+}
+
 constexpr CurveKnots kOld70sRed = {25, 78, 131, 184, 236};
 
 }  // namespace
@@ -95,14 +106,18 @@ int32_t Old80s(EngineRecord&, const EngineImage& image) {
 // Grey with flicker.
 int32_t Old90s(EngineRecord&, const EngineImage& image) {
   Rand rand;
-  int32_t a = rand.Next() & 255;
+  uint32_t a = static_cast<uint32_t>(rand.Next() & 255);
   AddFreshWear(image, rand);
-  ForEachPixel(image, [&a](uint8_t* p) {
-    const int32_t g = (randomTable[a & 0x3FF] >> 3) + 192;
-    const int32_t v = (Luma4(p) * g) >> 8;
-    SetGray(p, static_cast<uint8_t>(v));
-    a = (v + g + a) & 0xFFFF;
-  });
+  const auto flicker = MakeFlicker();
+  for (int32_t y = 0; y < image.height; ++y) {
+    uint8_t* p = image.Row(y);
+    for (int32_t x = 0; x < image.width; ++x, p += 4) {
+      const uint32_t g = flicker[a & kNoiseMask];
+      const uint32_t v = (static_cast<uint32_t>(Luma4(p)) * g) >> 8;
+      SetGray(p, static_cast<uint8_t>(v));
+      a = (a + g) + v;
+    }
+  }
   return kEngineDone;
 }
 
@@ -125,30 +140,37 @@ int32_t Siena(EngineRecord&, const EngineImage& image) {
   static const Curve kGreen = MakeCurve(CurveKnots{0, 54, 108, 162, 215});
   static const Curve kRed = MakeCurve(kOld70sRed);
   Rand rand;
-  int32_t a = rand.Next() & 255;
+  uint32_t a = static_cast<uint32_t>(rand.Next() & 255);
   AddFreshWear(image, rand);
-  ForEachPixel(image, [&a](uint8_t* p) {
-    const int32_t n = randomTable[a & 0x3FF];
-    p[0] = kBlue[p[0]];
-    p[1] = kGreen[p[1]];
-    p[2] = static_cast<uint8_t>((kRed[p[2]] * n) >> 8);
-    a = (p[0] + p[1] + p[2] + a) & 0xFFFF;
-  });
+  for (int32_t y = 0; y < image.height; ++y) {
+    uint8_t* p = image.Row(y);
+    for (int32_t x = 0; x < image.width; ++x, p += 4) {
+      const uint32_t blue = kBlue[p[0]], green = kGreen[p[1]];
+      const uint32_t red = (kRed[p[2]] * uint32_t{randomTable[a & kNoiseMask]}) >> 8;
+      StorePixel(p, (LoadPixel(p) & kAlphaByte) | red << 16 | green << 8 | blue);
+      a = (a + blue + green) + red;
+    }
+  }
   return kEngineDone;
 }
 
 // Flickering grey without wear.
 int32_t GrayRetro(EngineRecord&, const EngineImage& image) {
   Rand rand;
-  int32_t a = rand.Next() & 0xFFFF;
-  int32_t g = rand.Next();
+  uint32_t a = static_cast<uint32_t>(rand.Next() & 0xFFFF);
+  uint32_t g = static_cast<uint32_t>(rand.Next());
+  const auto flicker = MakeFlicker();
+  // What stands before the last brightness is added: the first pixel has none.
+  uint32_t before = a - g;
   for (int32_t y = 0; y < image.height; ++y) {
     uint8_t* p = image.Row(y);
     for (int32_t x = 0; x < image.width; ++x, p += 4) {
-      const int32_t s = (p[0] + p[2]) >> 1;
-      g = (randomTable[(s * a + g) & 0x3FF] >> 3) + 192;
+      const uint32_t s = static_cast<uint32_t>(p[0] + p[2]) >> 1;
+      // s * a + g with a = before + g.
+      a = before + g;
+      g = flicker[(s * before + (s + 1) * g) & kNoiseMask];
       SetGray(p, static_cast<uint8_t>((s * g) >> 8));
-      a = (a + g + x) & 0xFFFF;
+      before = a + static_cast<uint32_t>(x);
     }
   }
   return kEngineDone;

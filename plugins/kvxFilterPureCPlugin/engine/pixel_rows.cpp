@@ -30,6 +30,27 @@ void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* colu
   }
 }
 
+void HardBlendRow(const uint8_t* row, const uint8_t* over, int32_t count, uint8_t* out) {
+#pragma GCC ivdep
+  for (int32_t i = 0; i < count; ++i) {
+    const uint16_t a = row[i], t = over[i];
+    const uint16_t dark = static_cast<uint16_t>(a * t) >> 7;
+    const uint16_t light = static_cast<uint16_t>((255 - a) * (255 - t)) >> 7;
+    out[i] = static_cast<uint8_t>(t < 128 ? dark : 255 - light);
+  }
+}
+
+// The quotient lies so far from the next whole number that a 32-bit float does not reach it by rounding.
+void LiftRow(const uint8_t* row, const uint8_t* largest, const uint8_t* steps, int32_t count, uint8_t* __restrict out) {
+  for (int32_t i = 0; i < count; ++i) {
+    const int32_t c = row[i];
+    const int32_t k = steps[i] > 1 ? steps[i] : 1;
+    const auto lift =
+        static_cast<int32_t>(static_cast<float>(3584 * k) / static_cast<float>(10 * (largest[i] - c + 2 * k)));
+    out[i] = static_cast<uint8_t>(c + ((lift * (255 - c)) >> 8));
+  }
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace pixel_rows
 HWY_AFTER_NAMESPACE();
@@ -39,6 +60,8 @@ HWY_AFTER_NAMESPACE();
 namespace pixel_rows {
 HWY_EXPORT(MakeGrayPlane);
 HWY_EXPORT(MaxOf3x3);
+HWY_EXPORT(HardBlendRow);
+HWY_EXPORT(LiftRow);
 }  // namespace pixel_rows
 
 void FillRim(const EngineImage& image, uint8_t value) {
@@ -67,6 +90,16 @@ void MakeGrayPlane(const EngineImage& image, uint8_t* plane) {
 void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* columns, uint8_t* out) {
   using namespace pixel_rows;
   HWY_DYNAMIC_DISPATCH(MaxOf3x3)(rows, apart, count, columns, out);
+}
+
+void HardBlendRow(const uint8_t* row, const uint8_t* over, int32_t count, uint8_t* out) {
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(HardBlendRow)(row, over, count, out);
+}
+
+void LiftRow(const uint8_t* row, const uint8_t* largest, const uint8_t* steps, int32_t count, uint8_t* out) {
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(LiftRow)(row, largest, steps, count, out);
 }
 
 #endif  // HWY_ONCE

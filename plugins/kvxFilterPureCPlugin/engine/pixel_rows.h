@@ -48,4 +48,11 @@ void Sharpen3x3(const RowTriple& rows, int32_t count, uint8_t* out);
 // scratch of `count` bytes.
 void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* columns, uint8_t* out);
 
+// HardBlend of each byte of `row` with that of `over`. `out` may be `over`.
+void HardBlendRow(const uint8_t* row, const uint8_t* over, int32_t count, uint8_t* out);
+
+// Each byte c with a byte L of at least c beside it, and a step k, taken as 1 if it is 0, becomes
+// c + (((3584 * k / (L - c + 2 * k) / 10) * (255 - c)) >> 8).
+void LiftRow(const uint8_t* row, const uint8_t* largest, const uint8_t* steps, int32_t count, uint8_t* out);
+
 #endif  // KVX_ENGINE_PIXEL_ROWS_H_

@@ -113,25 +113,19 @@ int32_t NeonB(EngineRecord&, const EngineImage& frame, const EngineImage& copy) 
   return kEngineDone;
 }
 
-// Lifts each channel by how far its brightest neighbour stands above it. The lift is filled from entry r * 16 and read
-// one entry further on.
+// Lifts each channel by how far its brightest neighbour stands above it. The table of lifts is read one entry further
+// on than it is filled, hence the root's one more.
 int32_t NeonC(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
-  uint8_t lift[256 * 16 + 1] = {};
-  for (int32_t r = 0; r < 256; ++r) {
-    for (int32_t k = 1; k <= 16; ++k) lift[r * 16 + k - 1] = static_cast<uint8_t>(3584 * k / (r + 2 * k) / 10);
-  }
-  uint8_t root[256];
-  for (int32_t i = 0; i < 256; ++i) root[i] = static_cast<uint8_t>(std::sqrt(i + 1.0));
-  const auto lifted = [&](int32_t c, int32_t d) {
-    return static_cast<uint8_t>(c + ((lift[d * 16 + root[c]] * (255 - c)) >> 8));
-  };
+  uint8_t step[256];
+  for (int32_t i = 0; i < 256; ++i) step[i] = static_cast<uint8_t>(std::sqrt(i + 1.0) + 1);
 
   const int32_t width = frame.width;
   const int32_t height = frame.height;
   const int32_t bytes = 4 * width;
-  std::vector<uint8_t> scratch(3 * static_cast<size_t>(bytes));
+  std::vector<uint8_t> scratch(4 * static_cast<size_t>(bytes));
   uint8_t* largest = scratch.data() + bytes;
-  uint8_t* out = largest + bytes;
+  uint8_t* steps = largest + bytes;
+  uint8_t* out = steps + bytes;
   for (int32_t y = 0; y < height; ++y) {
     const uint8_t* mid = copy.Row(y);
     if (y == 0 || y == height - 1 || width < 3) {
@@ -141,7 +135,8 @@ int32_t NeonC(EngineRecord&, const EngineImage& frame, const EngineImage& copy) 
       std::memcpy(largest, mid, 4);
       std::memcpy(largest + bytes - 4, mid + bytes - 4, 4);
     }
-    for (int32_t i = 0; i < bytes; ++i) out[i] = lifted(mid[i], largest[i] - mid[i]);
+    MapRow(mid, steps, width, {step, step, step});
+    LiftRow(mid, largest, steps, bytes, out);
     StoreColors(frame.Row(y), out, width);
   }
   return kEngineDone;
