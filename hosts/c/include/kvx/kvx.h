@@ -129,7 +129,7 @@ KVX_API int32_t kvx_set_text(kvx_effect* effect, const char* name, const char* v
 /* Renders `input` into `output`: two sizes are KVX_BAD_ARGUMENT, two layouts are not. They may share memory; `input` is
  * not written otherwise. `frame` may be null for a still picture. Packed BGRA goes straight through; other layouts and
  * padded rows are copied once each way. Colours come out multiplied by the result's alpha. After a failure what stands in
- * `output` is not specified. */
+ * `output` is undefined. */
 KVX_API int32_t kvx_render(kvx_effect* effect, const kvx_image* input, const kvx_image* output, const kvx_frame* frame);
 
 /* What the calling thread's last failure was; "" before the first. Valid until that thread's next failure. */
