@@ -25,7 +25,7 @@ struct Property {
 // What the operation of an effect offers: its parameters, "opacity", and "frame" if the effect moves.
 std::vector<Property> PropertiesOf(const EffectInfo& effect);
 
-// A new, floating specification.
+// A new, floating GParamSpec.
 GParamSpec* MakeParamSpec(const Property& property);
 
 // The number that the effect takes for a property's value; colours are 0xRRGGBB in `space`. Not for texts.
