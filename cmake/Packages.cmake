@@ -9,6 +9,7 @@ set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # else it stands before that of every component
 set(CPACK_COMPONENTS_ALL kvx libkvx-dev)
 
 # kvx_package(NAME SECTION DEPENDS SUMMARY TEXT...): what Debian is told of a component. Every package has the copyright and
@@ -48,8 +49,12 @@ kvx_package(kvx video "" "video effects on pictures, sequences and videos"
 kvx_package(libkvx-dev libdevel "kvx (= ${PROJECT_VERSION})" "headers for hosts of the kvx video effects"
   "kvx is a library of video effects that run on the CPU, behind one plug-in."
   "."
-  "This package holds the headers that a host of the plug-in includes and the files"
-  "by which CMake finds it.")
+  "This package holds the headers that a host of the plug-in includes and the"
+  "files by which CMake finds it.")
+
+# CPack takes a plug-in in a folder below lib for a library and adds calls that do nothing for it.
+file(WRITE ${CMAKE_BINARY_DIR}/overrides/kvx "kvx: maintscript-calls-ldconfig\n")
+install(FILES ${CMAKE_BINARY_DIR}/overrides/kvx DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT kvx)
 
 if(KVX_BUILD_C)
   list(APPEND CPACK_COMPONENTS_ALL libkvx0)

@@ -3,9 +3,9 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
-#include <new>
 
 #include "codecs/codec_impl.h"
+#include "codecs/png_sink.h"
 
 namespace kvx {
 
@@ -31,17 +31,6 @@ void ReadBytes(png_structp png, png_bytep out, size_t count) {
   std::memcpy(out, rest->data(), count);
   rest->remove_prefix(count);
 }
-
-void AppendBytes(png_structp png, png_bytep bytes, size_t count) {
-  bool appended = true;
-  try {
-    static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<char*>(bytes), count);
-  } catch (const std::bad_alloc&) {
-    appended = false;
-  }
-  if (!appended) png_error(png, "out of memory");
-}
-void FlushBytes(png_structp) {}
 
 struct Reader {
   png_structp png = nullptr;
@@ -94,7 +83,7 @@ bool ReadRows(Reader& reader, Picture& picture) {
 
 bool WriteAll(Writer& writer, const Picture& picture, std::string& out) {
   if (setjmp(png_jmpbuf(writer.png))) return false;
-  png_set_write_fn(writer.png, &out, AppendBytes, FlushBytes);
+  png_set_write_fn(writer.png, &out, AppendPngBytes, FlushPngBytes);
   png_set_user_limits(writer.png, kMaxPictureSide, kMaxPictureSide);
   png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(picture.width),
                static_cast<png_uint_32>(picture.height), 8, PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,

@@ -4,10 +4,10 @@
 #include <csetjmp>
 #include <cstring>
 #include <map>
-#include <new>
 #include <vector>
 
 #include "codecs/picture.h"
+#include "codecs/png_sink.h"
 
 namespace kvx {
 
@@ -75,22 +75,11 @@ Reduced Reduce(const Picture& picture) {
 }
 void OnWarning(png_structp, png_const_charp) {}
 
-void AppendBytes(png_structp png, png_bytep bytes, size_t count) {
-  bool appended = true;
-  try {
-    static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<char*>(bytes), count);
-  } catch (const std::bad_alloc&) {
-    appended = false;
-  }
-  if (!appended) png_error(png, "out of memory");
-}
-void FlushBytes(png_structp) {}
-
 // Everything between setjmp and a possible longjmp; objects with destructors live in the caller.
 bool WriteAll(png_structp png, png_infop info, const Picture& picture, const Reduced& reduced, int filters, int level,
               std::string& out) {
   if (setjmp(png_jmpbuf(png))) return false;
-  png_set_write_fn(png, &out, AppendBytes, FlushBytes);
+  png_set_write_fn(png, &out, AppendPngBytes, FlushPngBytes);
   png_set_user_limits(png, kMaxPictureSide, kMaxPictureSide);
   png_set_IHDR(png, info, static_cast<png_uint_32>(picture.width), static_cast<png_uint_32>(picture.height), 8,
                reduced.colorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -129,8 +118,8 @@ std::string EncodeSmallPng(const Picture& picture) {
   // A quick trial tells which filter serves this picture.
   int best = PNG_FILTER_NONE;
   size_t smallest = 0;
-  for (const int filters : {PNG_FILTER_NONE, PNG_FILTER_SUB, PNG_FILTER_UP, PNG_FILTER_AVG, PNG_FILTER_PAETH,
-                            PNG_ALL_FILTERS}) {
+  for (const int filters :
+       {PNG_FILTER_NONE, PNG_FILTER_SUB, PNG_FILTER_UP, PNG_FILTER_AVG, PNG_FILTER_PAETH, PNG_ALL_FILTERS}) {
     const size_t size = Write(picture, reduced, filters, 2).size();
     if (size == 0 || (smallest != 0 && size >= smallest)) continue;
     smallest = size;

@@ -72,7 +72,8 @@ ParamTracks::ParamTracks(const EffectInfo& effect, const std::vector<std::string
       const size_t colon = point.find(':');
       if (colon == std::string_view::npos) throw UsageError(fmt::format("\"{}\" is not FRAME:VALUE", point));
       const double frame = ParseNumber(point.substr(0, colon), setting);
-      if (frame < 0) throw Error(fmt::format("frame {} of \"{}\" is negative", frame, param.name), ErrorKind::kBadValue);
+      if (frame < 0)
+        throw Error(fmt::format("frame {} of \"{}\" is negative", frame, param.name), ErrorKind::kBadValue);
       if (!track.emplace(frame, CheckedValue(param, point.substr(colon + 1), setting)).second) {
         throw Error(fmt::format("frame {} of \"{}\" is given twice", frame, param.name), ErrorKind::kBadValue);
       }

@@ -66,8 +66,9 @@ class Options(KvxTest):
         self.assertIn("libx264", self.kvx("complete", "render", "--codec", "lib").out.decode())
 
     def test_encoders_are_silent_unless_asked(self):
-        for codec in ("libx265", "libx264", "libvpx-vp9", "libaom-av1", "libsvtav1", "libtheora", "mpeg2video", "libxvid"):
-            result = self.kvx("render", "Invert", "demo", f"{codec}.mkv", "--codec", codec, "--size", "128x96", "--frames", 3)
+        for codec in ("libx265", "libx264", "libvpx-vp9", "libaom-av1", "libsvtav1", "libtheora", "mpeg2video",
+                      "libxvid"):
+            result = self.invert("demo", f"{codec}.mkv", "--codec", codec, "--size", "128x96", "--frames", 3)
             self.assertEqual(result.notes, "", codec)
         self.assertIn("x265", self.kvx("-v", "render", "Invert", "demo", "v.mkv", "--codec", "libx265", "--size",
                                        "128x96").notes)

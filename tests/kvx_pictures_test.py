@@ -80,7 +80,8 @@ class Pictures(KvxTest):
 
         for side in (16000, 30000):
             head = struct.pack(">IIBBBBB", side, side, 8, 6, 0, 0, 0)
-            self.write("huge.png", b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head) + chunk(b"IDAT", zlib.compress(b"\0" * 99)))
+            body = chunk(b"IHDR", head) + chunk(b"IDAT", zlib.compress(b"\0" * 99))
+            self.write("huge.png", b"\x89PNG\r\n\x1a\n" + body)
             self.invert("huge.png", "h.png", status=1)
 
 

@@ -43,10 +43,11 @@ class Time(KvxTest):
         self.kvx("render", "Brightness", *track, "a.mkv", "p_%d.png", "--start", 1)
         self.assertEqual(self.read("p_0.png"), self.read("w_25.png"))
         self.assertEqual(self.read("p_24.png"), self.read("w_49.png"))
-        # A parameter of time gets milliseconds, 40 for a frame of 25 in a second.
-        self.kvx("render", "Delay", "demo", "d_%d.png", "--size", "64x36", "--frames", 3)
-        self.kvx("render", "Delay", "-p", "Time=0:0,2:80", "demo", "e_%d.png", "--size", "64x36", "--frames", 3)
-        self.assertEqual(self.read("d_2.png"), self.read("e_2.png"))
+        # A parameter of time gets milliseconds: a delay of 80 shows the frame before the last one, of 25 in a second.
+        size = ["--size", "64x36", "--frames", 6]
+        self.kvx("render", "Delay", "-p", "Delay=80", "demo", "d_%d.png", *size)
+        self.kvx("render", "Invert", "--opacity", 0, "demo", "e_%d.png", *size)
+        self.assertEqual(self.pixels("d_5.png"), self.pixels("e_3.png"))
 
     def test_sequences_keep_their_numbers_and_name_their_gaps(self):
         self.kvx("render", "Invert", "demo", "f_%03d.png", "--size", "16x16", "--frames", 5, "--start-number", 98)

@@ -101,9 +101,9 @@ void CheckCommandWords(CLI::App& app, const std::vector<std::string>& words) {
     CLI::App* next = FindCommand(*at, word);
     if (!next) {
       const std::string what = at == &app ? "" : at->get_name() + " ";
-      throw Error(fmt::format("no command \"{}{}\"; did you mean {}?", what, word,
-                              fmt::join(NearestNames(word, names), ", ")),
-                  ErrorKind::kUnknownName);
+      throw Error(
+          fmt::format("no command \"{}{}\"; did you mean {}?", what, word, fmt::join(NearestNames(word, names), ", ")),
+          ErrorKind::kUnknownName);
     }
     at = next;
   }

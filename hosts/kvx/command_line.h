@@ -42,7 +42,8 @@ class CommandLine {
   WithoutPlugin withoutPlugin_;
 };
 
-// The words to parse. Behind -- a word with a dash in front is a file's name: it gets its folder, so that it looks like one.
+// The words to parse. Behind -- a word with a dash in front is a file's name: it gets its folder, so that it looks like
+// one.
 std::vector<std::string> PlainWords(int argc, char** argv);
 
 // The subcommand of this name, or null.

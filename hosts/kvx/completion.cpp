@@ -79,7 +79,8 @@ std::vector<std::string> Completions(CLI::App& app, const EffectList& list, cons
     AddOptions(at, candidates);
     if (&at != &app) AddOptions(app, candidates);
   } else {
-    for (const CLI::App* sub : at.get_subcommands([](CLI::App*) { return true; })) candidates.push_back(sub->get_name());
+    for (const CLI::App* sub : at.get_subcommands([](CLI::App*) { return true; }))
+      candidates.push_back(sub->get_name());
     if (takeEffect.count(at.get_name()) && positional.empty()) AddNames(list, candidates);
   }
   std::sort(candidates.begin(), candidates.end());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include "hosts/kvx/commands.h"
 #include "hosts/kvx/frame_cache.h"
@@ -16,8 +17,15 @@ namespace {
 
 constexpr int kCellWidth = 240;
 constexpr int kColumns = 8;
-constexpr int32_t kLargestShown = 2 * kCellWidth;
-constexpr int32_t kLargestEach = 1920;
+constexpr int32_t kLargestShown = 2 * kCellWidth;  // more than a cell shows
+constexpr int32_t kLargest = 1920;
+
+// Colours, overlays and panes go with the size of the picture; grains, edges and waves do not.
+bool LooksTheSameSmall(const EffectInfo& effect) {
+  static const std::set<std::string> families = {"colour and tone", "colour looks", "composite looks", "overlays",
+                                                 "flips and panes"};
+  return families.count(effect.family) > 0;
+}
 
 std::string FileNameOf(const EffectInfo& effect) {
   std::string name = fmt::format("{:04}_{}", effect.id, effect.name);
@@ -49,8 +57,8 @@ void RenderContactSheet(Plugin& plugin, const ContactSheetOptions& options) {
   if (!IsPictureName(options.output)) {
     throw UsageError(fmt::format("{}: pictures are written as .png, .jpg or .jpeg", options.output));
   }
-  // A cell shows no more than this; pictures of their own are worth more.
-  FrameCache source(options.input, options.size, options.pad, options.each.empty() ? kLargestShown : kLargestEach);
+  FrameCache source(options.input, options.size, options.pad, kLargest);
+  FrameCache small(source, std::nullopt, kLargestShown);
   if (!options.each.empty()) {
     std::error_code error;
     std::filesystem::create_directories(options.each, error);
@@ -64,7 +72,8 @@ void RenderContactSheet(Plugin& plugin, const ContactSheetOptions& options) {
   Picture output;
   for (const EffectInfo* effect : effects) {
     ThrowIfStopAsked();
-    RenderSample(plugin, *effect, ParamTracks(*effect, {}, 100), source, SampleLength(*effect), output);
+    FrameCache& frames = options.each.empty() && LooksTheSameSmall(*effect) ? small : source;
+    RenderSample(plugin, *effect, ParamTracks(*effect, {}, 100), frames, SampleLength(*effect), output);
     if (!options.each.empty()) WritePicture(output, options.each + "/" + FileNameOf(*effect), options.overwrite);
     grid.Add(output, fmt::format("{} {}", effect->id, effect->name));
     progress.Advance();

@@ -32,7 +32,8 @@ nlohmann::json ReadCatalogue(const fs::path& path, Problems& problems) {
   }
 }
 
-std::vector<EffectInfo> LoadEffects(const std::string& pluginPath, const std::string& resourceRoot, Problems& problems) {
+std::vector<EffectInfo> LoadEffects(const std::string& pluginPath, const std::string& resourceRoot,
+                                    Problems& problems) {
   try {
     PluginOptions options;
     options.path = pluginPath;
@@ -63,8 +64,7 @@ void CheckMaterials(const fs::path& folder, const std::vector<EffectInfo>& effec
   if (std::none_of(effects.begin(), effects.end(), wants)) return;
   std::error_code error;
   if (!fs::is_directory(folder, error)) {
-    problems.push_back(
-        fmt::format("{}: no such directory; effects with a material show the source", folder.string()));
+    problems.push_back(fmt::format("{}: no such directory; effects with a material show the source", folder.string()));
     return;
   }
   for (const EffectInfo& effect : effects) {
@@ -95,10 +95,8 @@ bool CheckResources(const std::string& pluginPath, const std::string& resourceRo
   }
   CheckMaterials(material / "Merge", effects, problems);
   if (json) {
-    const nlohmann::ordered_json report = {{"plugin", pluginPath},
-                                           {"resources", resourceRoot},
-                                           {"effects", effects.size()},
-                                           {"problems", problems}};
+    const nlohmann::ordered_json report = {
+        {"plugin", pluginPath}, {"resources", resourceRoot}, {"effects", effects.size()}, {"problems", problems}};
     Print(report.dump(2) + "\n");
   } else {
     for (const std::string& problem : problems) Print(problem + "\n");

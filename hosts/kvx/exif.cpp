@@ -16,7 +16,9 @@ class Tiff {
  public:
   explicit Tiff(std::string& bytes) : bytes_(bytes), big_(bytes.starts_with("MM")) {}
 
-  bool IsSound() const { return bytes_.starts_with(std::string_view("II*\0", 4)) || bytes_.starts_with(std::string_view("MM\0*", 4)); }
+  bool IsSound() const {
+    return bytes_.starts_with(std::string_view("II*\0", 4)) || bytes_.starts_with(std::string_view("MM\0*", 4));
+  }
   uint32_t Get(size_t at, int size) const {
     uint32_t value = 0;
     for (int i = 0; i < size && at + static_cast<size_t>(size) <= bytes_.size(); ++i) {

@@ -21,13 +21,6 @@ Picture WithOpenSides(Picture picture) {
   return picture;
 }
 
-bool IsOpaque(const Picture& picture) {
-  for (size_t i = 3; i < picture.pixels.size(); i += 4) {
-    if (picture.pixels[i] != 255) return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 FrameCache::FrameCache(const std::string& input, FrameSize demoSize, std::optional<FrameSize> pad, int32_t maxWidth)
@@ -39,22 +32,40 @@ FrameCache::FrameCache(const std::string& input, FrameSize demoSize, std::option
   reader_ = OpenReader(options);
 }
 
-const Picture& FrameCache::At(int64_t frame) {
+FrameCache::FrameCache(FrameCache& from, std::optional<FrameSize> pad, int32_t maxWidth)
+    : from_(&from), pad_(pad), maxWidth_(maxWidth) {}
+
+bool FrameCache::Next(Picture& picture) {
+  const auto number = static_cast<int64_t>(frames_.size());
+  if (from_) {
+    if (!from_->Reaches(number)) return false;
+    picture = from_->At(number);
+    return true;
+  }
+  Frame next;
+  if (!reader_->Read(next)) return false;
+  picture = std::move(next.picture);
+  return true;
+}
+
+bool FrameCache::Reaches(int64_t frame) {
+  Picture picture;
   while (!ended_ && static_cast<int64_t>(frames_.size()) <= frame) {
-    Frame next;
-    if (!reader_->Read(next)) {
-      ended_ = true;
-      break;
-    }
-    Picture picture = std::move(next.picture);
+    ended_ = !Next(picture);
+    if (ended_) break;
     if (picture.width > maxWidth_) {
       const int32_t height = std::max(1, picture.height * maxWidth_ / picture.width);
       picture = PadPicture(picture, {maxWidth_, height});
     }
     frames_.push_back(pad_ ? PadPicture(picture, *pad_) : std::move(picture));
   }
+  return static_cast<int64_t>(frames_.size()) > frame;
+}
+
+const Picture& FrameCache::At(int64_t frame) {
+  if (Reaches(frame)) return frames_[static_cast<size_t>(frame)];
   if (frames_.empty()) throw Error("the input has no frames");
-  return frames_[static_cast<size_t>(std::min<int64_t>(frame, static_cast<int64_t>(frames_.size()) - 1))];
+  return frames_.back();
 }
 
 void RenderSample(Plugin& plugin, const EffectInfo& effect, const ParamTracks& tracks, FrameCache& source,

@@ -19,11 +19,18 @@ class FrameCache {
   // Frames wider than `maxWidth` are scaled down; the demo is drawn at `demoSize`.
   FrameCache(const std::string& input, FrameSize demoSize, std::optional<FrameSize> pad, int32_t maxWidth);
 
+  // The same frames, fitted anew: a pipe can be read only once. `from` must live as long.
+  FrameCache(FrameCache& from, std::optional<FrameSize> pad, int32_t maxWidth);
+
   // Beyond the input's end its last frame.
   const Picture& At(int64_t frame);
 
  private:
+  bool Reaches(int64_t frame);  // reads as far as that, if the input does
+  bool Next(Picture& picture);
+
   std::unique_ptr<FrameReader> reader_;
+  FrameCache* from_ = nullptr;  // instead of a reader
   std::optional<FrameSize> pad_;
   int32_t maxWidth_;
   std::vector<Picture> frames_;

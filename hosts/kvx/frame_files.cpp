@@ -52,7 +52,8 @@ class SequenceSource : public FrameSource {
       for (int64_t n = i == 0 ? files_[0].number : files_[i - 1].number + 1; n <= files_[i].number; ++n) {
         const bool there = n == files_[i].number;
         if (!there) missing.push_back(n);
-        if (missing.size() > kMostMissing) throw Error(fmt::format("{}: more than {} numbers are missing", text, kMostMissing));
+        if (missing.size() > kMostMissing)
+          throw Error(fmt::format("{}: more than {} numbers are missing", text, kMostMissing));
         if (there || gaps == Gaps::kHold) frames_.push_back({n, there ? i : i - 1});
       }
     }

@@ -213,8 +213,7 @@ void WriteGallery(Plugin& plugin, const GalleryOptions& options) {
   const int32_t width = options.width / 2 * 2;
   FrameCache source(options.input, {width, width * 9 / 16 / 2 * 2}, std::nullopt, width);
   FrameSize even{source.At(0).width / 2 * 2, source.At(0).height / 2 * 2};
-  FrameCache cropped(options.input, {width, width * 9 / 16 / 2 * 2},
-                     FrameSize{std::max(2, even.width), std::max(2, even.height)}, width);
+  FrameCache cropped(source, FrameSize{std::max(2, even.width), std::max(2, even.height)}, width);
   const Picture first = cropped.At(0);
   WriteJpeg(first, directory / "pictures/source.jpg", options.overwrite);
 

@@ -18,7 +18,7 @@ namespace kvx {
 
 namespace {
 
-constexpr int kTick = 200;       // milliseconds between looks at the stop flag
+constexpr int kTick = 200;        // milliseconds between looks at the stop flag
 constexpr int kWriterTicks = 25;  // so many for somebody to open the other end of a pipe
 
 }  // namespace

@@ -32,7 +32,8 @@ class InputFile {
   // All the rest. Throws Error if that is more than `limit`.
   std::string ReadAll(size_t limit);
 
-  // For readers that must go back: a pipe is read to its end into a file of its own that nobody else sees. Throws Error.
+  // For readers that must go back: a pipe is read to its end into a file of its own that nobody else sees. Throws
+  // Error.
   void MakeSeekable();
 
   // The size of a plain file; nothing for a pipe.

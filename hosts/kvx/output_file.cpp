@@ -108,20 +108,20 @@ void OutputFile::Commit() {
     }
     if (rename(temporary_.c_str(), final_.c_str()) != 0) throw Failure(path_, errno);
   } else if (!MoveToFreeName(temporary_, final_)) {
-    const std::string kept = CommitPartial();
+    const std::string kept = CommitBeside("other");
     throw Error(fmt::format("{}: another file of this name came meanwhile; this one is {}", path_, kept));
   }
   temporary_.clear();
   doomed_.reset();
 }
 
-std::string OutputFile::CommitPartial() {
+std::string OutputFile::CommitBeside(const std::string& mark) {
   Close();
   const fs::path whole(final_);
   for (int i = 1;; ++i) {
-    const std::string mark = i == 1 ? ".partial" : fmt::format(".partial-{}", i);
+    const std::string middle = i == 1 ? "." + mark : fmt::format(".{}-{}", mark, i);
     const std::string name =
-        (whole.parent_path() / (whole.stem().string() + mark + whole.extension().string())).string();
+        (whole.parent_path() / (whole.stem().string() + middle + whole.extension().string())).string();
     if (!MoveToFreeName(temporary_, name)) continue;
     temporary_.clear();
     doomed_.reset();

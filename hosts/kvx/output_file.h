@@ -29,8 +29,8 @@ class OutputFile {
 
   // Gives the file its name. Throws Error; then nothing is lost that was there before.
   void Commit();
-  // Gives what was written so far a name that says so ("clip.partial.mp4"), and returns it.
-  std::string CommitPartial();
+  // Gives what was written so far a free name with this mark in it ("clip.partial.mp4"), and returns it.
+  std::string CommitBeside(const std::string& mark);
 
  private:
   void Close();

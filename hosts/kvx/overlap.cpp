@@ -16,7 +16,8 @@ void RefuseOverlap(const std::vector<std::string>& inputs, const std::vector<std
   std::set<std::pair<dev_t, ino_t>> read;
   struct stat info;
   for (const std::string& path : inputs) {
-    if (!path.empty() && stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode)) read.emplace(info.st_dev, info.st_ino);
+    if (!path.empty() && stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode))
+      read.emplace(info.st_dev, info.st_ino);
   }
   std::vector<std::string> written = outputs;
   if (const auto pattern = SequencePattern::Parse(outputPattern)) {

@@ -84,13 +84,6 @@ void MakeXmpUpright(std::string& xmp) {
   }
 }
 
-bool IsOpaque(const Picture& picture) {
-  for (size_t i = 3; i < picture.pixels.size(); i += 4) {
-    if (picture.pixels[i] != 255) return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 LoadedPicture LoadPicture(InputFile& file) {
@@ -117,6 +110,13 @@ LoadedPicture LoadPicture(InputFile& file) {
 Picture ReadPicture(const std::string& path) {
   InputFile file(path);
   return LoadPicture(file).picture;
+}
+
+bool IsOpaque(const Picture& picture) {
+  for (size_t i = 3; i < picture.pixels.size(); i += 4) {
+    if (picture.pixels[i] != 255) return false;
+  }
+  return true;
 }
 
 bool IsPictureName(const std::string& path) {

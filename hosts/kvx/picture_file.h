@@ -23,11 +23,13 @@ inline constexpr int32_t kMaxFrameSide = 16384;
 LoadedPicture LoadPicture(InputFile& file);
 Picture ReadPicture(const std::string& path);
 
+bool IsOpaque(const Picture& picture);
+
 // True for names that end as pictures do that can be written: .png, .jpg, .jpeg.
 bool IsPictureName(const std::string& path);
 
-// The bytes of a PNG or JPEG file by the ending of `path`. `metadata` may be null. What the format cannot hold is noted.
-// Throws Error.
+// The bytes of a PNG or JPEG file by the ending of `path`. `metadata` may be null. What the format cannot hold is
+// noted. Throws Error.
 std::string EncodePicture(const Picture& picture, const std::string& path, const PictureMetadata* metadata);
 
 // Writes such a file, which appears under its name only when it is whole. Throws Error.

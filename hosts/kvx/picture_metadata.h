@@ -19,8 +19,8 @@ struct Density {
 };
 
 struct PictureText {
-  std::string key;  // empty for a plain comment
-  std::string text; // UTF-8
+  std::string key;   // empty for a plain comment
+  std::string text;  // UTF-8
 };
 
 struct PictureMetadata {

@@ -89,8 +89,8 @@ class Exchange {
 
 }  // namespace
 
-PipelineResult RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, FrameWriter& writer, int64_t totalFrames,
-                    const PipelineOptions& options) {
+PipelineResult RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& reader, FrameWriter& writer,
+                           int64_t totalFrames, const PipelineOptions& options) {
   const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
   const int jobs = chain.IsStateless() ? (options.jobs > 0 ? options.jobs : cores) : 1;
   Exchange exchange(static_cast<size_t>(jobs) + 3);

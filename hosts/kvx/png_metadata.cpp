@@ -129,7 +129,8 @@ void ReadPngMetadata(std::string_view file, PictureMetadata& metadata) {
     if (type == "eXIf") metadata.exif = content;
     if (type == "tIME") metadata.time = content;
     if (type == "tEXt" || type == "zTXt" || type == "iTXt") ReadText(type, content, metadata);
-    if (type == "gAMA" || type == "cHRM" || type == "sRGB") metadata.colorChunks.emplace_back(file.substr(at, size + 12));
+    if (type == "gAMA" || type == "cHRM" || type == "sRGB")
+      metadata.colorChunks.emplace_back(file.substr(at, size + 12));
     if (type == "iCCP") {
       std::string_view rest = content;
       CutWord(rest);

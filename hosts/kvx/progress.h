@@ -11,8 +11,8 @@ namespace kvx {
 
 struct ProgressOptions {
   bool quiet = false;
-  // Gets a block every half second. The last one ends in progress=end, progress=interrupted or progress=failed. Empty for
-  // none.
+  // Gets a block every half second. The last one ends in progress=end, progress=interrupted or progress=failed. Empty
+  // for none.
   std::string file;
   double rate = 0;  // frames per second of the clip, for telling how fast the work is against it; 0 if there is none
 };

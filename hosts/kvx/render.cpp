@@ -39,7 +39,8 @@ void CheckFiles(const RenderOptions& options, const FrameReader& reader) {
 bool RenderFrames(Plugin& plugin, const Chain& chain, const RenderOptions& options) {
   const std::unique_ptr<FrameReader> reader = OpenReader(options.input);
   if (options.fpsGiven && reader->Media()) {
-    throw UsageError(fmt::format("--fps is for inputs without a rate; {} has {:.6g}", options.input.path, reader->Rate()));
+    throw UsageError(
+        fmt::format("--fps is for inputs without a rate; {} has {:.6g}", options.input.path, reader->Rate()));
   }
   CheckFiles(options, *reader);
   const std::unique_ptr<FrameWriter> writer = OpenWriter(options.output, *reader, options.input.fps);

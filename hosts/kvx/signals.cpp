@@ -46,6 +46,7 @@ void CatchSignals() {
     if (signal != SIGHUP || before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
   }
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);  // beyond a limit of file size writing says so too
 }
 
 bool StopAsked() {

@@ -6,8 +6,9 @@
 
 namespace kvx {
 
-// From now on such a signal sets a flag that the work looks at. A second one, or ten seconds in which nobody looked, end
-// the process at once; registered temporary files are removed then too. SIGPIPE is ignored: writing says what happened.
+// From now on such a signal sets a flag that the work looks at. A second one, or ten seconds in which nobody looked,
+// end the process at once; registered temporary files are removed then too. SIGPIPE is ignored: writing says what
+// happened.
 void CatchSignals();
 
 // True once a signal came.

@@ -7,7 +7,8 @@
 
 namespace kvx {
 
-// Makes sure that the three standard streams stand for something, so that no file of the run takes a closed one's place.
+// Makes sure that the three standard streams stand for something, so that no file of the run takes a closed one's
+// place.
 void GuardStandardStreams();
 
 // All throw Error with the cause.

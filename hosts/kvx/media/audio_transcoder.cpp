@@ -50,13 +50,9 @@ void ChooseLayout(const AVCodec& encoder, const AVChannelLayout& from, AVChannel
 
 class AudioTranscoder : public SideStream {
  public:
-  AudioTranscoder(const SourceStream& from, const AVCodec& encoder, const AVOutputFormat& container) : name_(from.Name()) {
-    const AVCodec* decoder = avcodec_find_decoder(from.parameters->codec_id);
-    if (!decoder) throw Error(fmt::format("{} cannot be decoded", name_));
-    decoder_.reset(CheckAlloc(avcodec_alloc_context3(decoder)));
-    CheckAv(avcodec_parameters_to_context(decoder_.get(), from.parameters.get()), name_);
-    decoder_->pkt_timebase = from.timeBase;
-    CheckAv(avcodec_open2(decoder_.get(), decoder, nullptr), name_);
+  AudioTranscoder(const SourceStream& from, const AVCodec& encoder, const AVOutputFormat& container)
+      : name_(from.Name()) {
+    decoder_ = OpenDecoder(from);
     if (decoder_->ch_layout.order == AV_CHANNEL_ORDER_UNSPEC) {
       const int channels = std::max(1, decoder_->ch_layout.nb_channels);
       av_channel_layout_default(&decoder_->ch_layout, channels);
@@ -159,8 +155,8 @@ class AudioTranscoder : public SideStream {
     if (room <= 0) return;
     const AvFramePtr out = NewSamples(room);
     const auto** in = frame ? const_cast<const uint8_t**>(frame->extended_data) : nullptr;
-    const int count = CheckAv(
-        swr_convert(resampler_.get(), out->extended_data, room, in, frame ? frame->nb_samples : 0), name_);
+    const int count =
+        CheckAv(swr_convert(resampler_.get(), out->extended_data, room, in, frame ? frame->nb_samples : 0), name_);
     Store(out->extended_data, count);
   }
 

@@ -16,11 +16,11 @@ bool Is(const AVOutputFormat& container, const char* name) {
 // Its writer takes anything, as private data that nobody plays.
 bool TransportStreamTakes(AVCodecID id) {
   static const std::set<AVCodecID> codecs = {
-      AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H264,         AV_CODEC_ID_HEVC,
-      AV_CODEC_ID_MP1,        AV_CODEC_ID_MP2,        AV_CODEC_ID_MP3,   AV_CODEC_ID_AAC,          AV_CODEC_ID_AAC_LATM,
-      AV_CODEC_ID_AC3,        AV_CODEC_ID_EAC3,       AV_CODEC_ID_DTS,   AV_CODEC_ID_TRUEHD,       AV_CODEC_ID_OPUS,
-      AV_CODEC_ID_S302M,      AV_CODEC_ID_SMPTE_KLV,  AV_CODEC_ID_DVB_TELETEXT, AV_CODEC_ID_DVB_SUBTITLE,
-      AV_CODEC_ID_HDMV_PGS_SUBTITLE};
+      AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO,   AV_CODEC_ID_MPEG4,        AV_CODEC_ID_H264,
+      AV_CODEC_ID_HEVC,       AV_CODEC_ID_MP1,          AV_CODEC_ID_MP2,          AV_CODEC_ID_MP3,
+      AV_CODEC_ID_AAC,        AV_CODEC_ID_AAC_LATM,     AV_CODEC_ID_AC3,          AV_CODEC_ID_EAC3,
+      AV_CODEC_ID_DTS,        AV_CODEC_ID_TRUEHD,       AV_CODEC_ID_OPUS,         AV_CODEC_ID_S302M,
+      AV_CODEC_ID_SMPTE_KLV,  AV_CODEC_ID_DVB_TELETEXT, AV_CODEC_ID_DVB_SUBTITLE, AV_CODEC_ID_HDMV_PGS_SUBTITLE};
   return codecs.count(id) > 0;
 }
 
@@ -81,12 +81,12 @@ bool ContainerTakes(const AVOutputFormat& container, const AVCodecParameters& st
 ContainerKeeps KeepsOf(const AVOutputFormat& container) {
   static const std::map<std::string, ContainerKeeps> known = {
       // tags, languages, titles, dispositions, chapters, timecode
-      {"matroska", {true, true, true, true, true, true}}, {"webm", {true, true, true, true, true, false}},
-      {"mp4", {true, true, true, true, true, true}},      {"ipod", {true, true, true, true, true, true}},
-      {"mov", {true, true, true, false, true, true}},     {"3gp", {true, true, true, false, false, false}},
-      {"3g2", {true, true, true, false, false, false}},   {"ogg", {true, true, true, false, true, false}},
-      {"ogv", {true, true, true, false, true, false}},    {"asf", {true, true, false, false, true, false}},
-      {"avi", {true, false, true, false, false, false}},  {"flv", {true, false, false, false, false, false}},
+      {"matroska", {true, true, true, true, true, true}},    {"webm", {true, true, true, true, true, false}},
+      {"mp4", {true, true, true, true, true, true}},         {"ipod", {true, true, true, true, true, true}},
+      {"mov", {true, true, true, false, true, true}},        {"3gp", {true, true, true, false, false, false}},
+      {"3g2", {true, true, true, false, false, false}},      {"ogg", {true, true, true, false, true, false}},
+      {"ogv", {true, true, true, false, true, false}},       {"asf", {true, true, false, false, true, false}},
+      {"avi", {true, false, true, false, false, false}},     {"flv", {true, false, false, false, false, false}},
       {"mpegts", {false, true, false, false, false, false}}, {"mxf", {true, false, false, false, false, true}},
       {"nut", {true, true, true, true, true, true}}};
   const auto found = known.find(container.name);
@@ -100,19 +100,19 @@ bool IsMovFamily(const AVOutputFormat& container) {
 
 const AVCodec* UsualAudioEncoder(const AVOutputFormat& container) {
   const bool webm = Is(container, "webm");
-  return FirstFitting(container, {Is(container, "mxf") ? AV_CODEC_ID_PCM_S16LE : AV_CODEC_ID_NONE,
-                                  webm ? AV_CODEC_ID_OPUS : AV_CODEC_ID_NONE,
-                                  Is(container, "mpegts") || Is(container, "3gp") || Is(container, "3g2")
-                                      ? AV_CODEC_ID_AAC : AV_CODEC_ID_NONE,
-                                  container.audio_codec, AV_CODEC_ID_AAC, AV_CODEC_ID_OPUS, AV_CODEC_ID_VORBIS,
-                                  AV_CODEC_ID_MP3, AV_CODEC_ID_AC3, AV_CODEC_ID_MP2, AV_CODEC_ID_FLAC,
-                                  AV_CODEC_ID_PCM_S16LE});
+  return FirstFitting(
+      container,
+      {Is(container, "mxf") ? AV_CODEC_ID_PCM_S16LE : AV_CODEC_ID_NONE, webm ? AV_CODEC_ID_OPUS : AV_CODEC_ID_NONE,
+       Is(container, "mpegts") || Is(container, "3gp") || Is(container, "3g2") ? AV_CODEC_ID_AAC : AV_CODEC_ID_NONE,
+       container.audio_codec, AV_CODEC_ID_AAC, AV_CODEC_ID_OPUS, AV_CODEC_ID_VORBIS, AV_CODEC_ID_MP3, AV_CODEC_ID_AC3,
+       AV_CODEC_ID_MP2, AV_CODEC_ID_FLAC, AV_CODEC_ID_PCM_S16LE});
 }
 
 const AVCodec* UsualSubtitleEncoder(const AVOutputFormat& container) {
   if (Is(container, "mpegts") || Is(container, "mxf")) return nullptr;
-  return FirstFitting(container, {IsTextSubtitle(container.subtitle_codec) ? container.subtitle_codec : AV_CODEC_ID_NONE,
-                                  AV_CODEC_ID_MOV_TEXT, AV_CODEC_ID_WEBVTT, AV_CODEC_ID_SUBRIP, AV_CODEC_ID_ASS});
+  return FirstFitting(container,
+                      {IsTextSubtitle(container.subtitle_codec) ? container.subtitle_codec : AV_CODEC_ID_NONE,
+                       AV_CODEC_ID_MOV_TEXT, AV_CODEC_ID_WEBVTT, AV_CODEC_ID_SUBRIP, AV_CODEC_ID_ASS});
 }
 
 int OnlySampleRate(const AVOutputFormat& container) {

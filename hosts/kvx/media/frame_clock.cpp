@@ -32,7 +32,8 @@ FrameClock::FrameClock(Rhythm rhythm, AVRational sourceTimeBase, AVRational rate
 FrameClock::Slot FrameClock::Next(int64_t sourceStamp, int64_t sourceDuration) {
   const double tick = av_q2d(sourceTimeBase_);
   const double perTick = tick * av_q2d(rate_);
-  // With a constant rhythm the first frame sets the beat: frames between two beats must not fall to either side by turns.
+  // With a constant rhythm the first frame sets the beat: frames between two beats must not fall to either side by
+  // turns.
   const double firstBeat = static_cast<double>(sourceStamp) * perTick;
   if (first_ && rhythm_ == Rhythm::kConstant) phase_ = firstBeat - std::round(firstBeat);
   const double beat = firstBeat - phase_;

@@ -77,6 +77,20 @@ int CheckAv(int code, const std::string& what) {
   return code;
 }
 
+CodecPtr OpenDecoder(const SourceStream& stream) {
+  const AVCodec* decoder = avcodec_find_decoder(stream.parameters->codec_id);
+  if (!decoder) throw Error(fmt::format("{} cannot be decoded", stream.Name()));
+  CodecPtr codec(CheckAlloc(avcodec_alloc_context3(decoder)));
+  CheckAv(avcodec_parameters_to_context(codec.get(), stream.parameters.get()), stream.Name());
+  codec->pkt_timebase = stream.timeBase;
+  CheckAv(avcodec_open2(codec.get(), decoder, nullptr), stream.Name());
+  return codec;
+}
+
+AVRational RateOf(const SourceMedia* media, double fps) {
+  return media ? media->rate : av_d2q(fps, 100000);
+}
+
 std::string SourceStream::Name() const {
   const char* type = av_get_media_type_string(Type());
   return fmt::format("{} stream {} ({})", type ? type : "unknown", index, CodecName());

@@ -81,10 +81,16 @@ T* CheckAlloc(T* object) {
   return object;
 }
 
-inline PacketPtr NewPacket() { return PacketPtr(CheckAlloc(av_packet_alloc())); }
-inline AvFramePtr NewAvFrame() { return AvFramePtr(CheckAlloc(av_frame_alloc())); }
+inline PacketPtr NewPacket() {
+  return PacketPtr(CheckAlloc(av_packet_alloc()));
+}
+inline AvFramePtr NewAvFrame() {
+  return AvFramePtr(CheckAlloc(av_frame_alloc()));
+}
 
-inline double Seconds(int64_t stamp, AVRational timeBase) { return static_cast<double>(stamp) * av_q2d(timeBase); }
+inline double Seconds(int64_t stamp, AVRational timeBase) {
+  return static_cast<double>(stamp) * av_q2d(timeBase);
+}
 
 }  // namespace kvx
 

@@ -13,7 +13,8 @@ namespace {
 
 constexpr int kBlock = 1 << 16;
 
-// mp4 and its kin are boxes of size and name. Where the frames come before what says where they are, a pipe is of no use.
+// mp4 and its kin are boxes of size and name. Where the frames come before what says where they are, a pipe is of no
+// use.
 bool HasIndexBehind(std::string_view head) {
   size_t at = 0;
   while (at + 8 <= head.size()) {
@@ -57,7 +58,8 @@ int64_t MediaInput::Seek(void* self, int64_t offset, int whence) {
 MediaInput::MediaInput(std::unique_ptr<InputFile> file) : file_(std::move(file)) {
   const std::string& name = file_->Name();
   if (HasIndexBehind(file_->Peek(kBlock))) file_->MakeSeekable();
-  if (file_->Size() ? *file_->Size() == 0 : file_->Peek(1).empty()) throw Error(fmt::format("{}: the file is empty", name));
+  if (file_->Size() ? *file_->Size() == 0 : file_->Peek(1).empty())
+    throw Error(fmt::format("{}: the file is empty", name));
   auto* buffer = static_cast<unsigned char*>(CheckAlloc(av_malloc(kBlock)));
   stream_ = avio_alloc_context(buffer, kBlock, 0, this, Read, nullptr, file_->Size() ? Seek : nullptr);
   if (!stream_) {

@@ -53,7 +53,8 @@ const AVPixFmtDescriptor& Describe(AVPixelFormat format) {
 // How far `format` is from what is wanted; less is better.
 int Distance(AVPixelFormat format, AVPixelFormat source, bool alpha) {
   const AVPixFmtDescriptor& desc = Describe(format);
-  const bool known = source != AV_PIX_FMT_NONE && Describe(source).nb_components >= 3;  // grey has no sampling of colour
+  const bool known =
+      source != AV_PIX_FMT_NONE && Describe(source).nb_components >= 3;  // grey has no sampling of colour
   const int wantedX = known ? Describe(source).log2_chroma_w : 1;
   const int wantedY = known ? Describe(source).log2_chroma_h : 1;
   const int missing = std::max(0, desc.log2_chroma_w - wantedX) + std::max(0, desc.log2_chroma_h - wantedY);
@@ -95,18 +96,24 @@ void PixelConverter::Deleter::operator()(SwsContext* c) const {
 PixelConverter::PixelConverter() = default;
 PixelConverter::~PixelConverter() = default;
 
+// BGRA is on one side and `format` on the other; `height` decides about the matrix where no tag does.
+void PixelConverter::Prepare(const Shape& shape, AVPixelFormat format, int height) {
+  if (scaler_ && shape == shape_) return;
+  const bool decoding = shape.to == AV_PIX_FMT_BGRA;
+  scaler_.reset(sws_getContext(shape.width, shape.height, shape.from, shape.toWidth, shape.toHeight, shape.to,
+                               decoding ? kDecodeFlags : kEncodeFlags, nullptr, nullptr, nullptr));
+  if (!scaler_) throw Error("its pixels cannot be converted");
+  const int* matrix = Coefficients(shape.coding.matrix, height);
+  const int full = IsFullRange(shape.coding.range, format);
+  sws_setColorspaceDetails(scaler_.get(), matrix, decoding ? full : 1, matrix, decoding ? 1 : full, 0, 1 << 16,
+                           1 << 16);
+  shape_ = shape;
+}
+
 void PixelConverter::ToPicture(const AVFrame& frame, ColorCoding coding, Picture& picture) {
   const auto format = static_cast<AVPixelFormat>(frame.format);
-  const Shape shape = {frame.width,    frame.height,  frame.format, picture.width,
-                       picture.height, coding.matrix, coding.range};
-  if (!scaler_ || shape != shape_) {
-    scaler_.reset(sws_getContext(frame.width, frame.height, format, picture.width, picture.height, AV_PIX_FMT_BGRA,
-                                 kDecodeFlags, nullptr, nullptr, nullptr));
-    if (!scaler_) throw Error("its pixels cannot be converted");
-    const int* matrix = Coefficients(coding.matrix, frame.height);
-    sws_setColorspaceDetails(scaler_.get(), matrix, IsFullRange(coding.range, format), matrix, 1, 0, 1 << 16, 1 << 16);
-    shape_ = shape;
-  }
+  Prepare({frame.width, frame.height, format, picture.width, picture.height, AV_PIX_FMT_BGRA, coding}, format,
+          frame.height);
   uint8_t* planes[] = {picture.pixels.data()};
   const int steps[] = {picture.Step()};
   sws_scale(scaler_.get(), frame.data, frame.linesize, 0, frame.height, planes, steps);
@@ -116,16 +123,8 @@ void PixelConverter::ToPicture(const AVFrame& frame, ColorCoding coding, Picture
 
 void PixelConverter::ToFrame(const Picture& picture, ColorCoding coding, AVFrame& frame) {
   const auto format = static_cast<AVPixelFormat>(frame.format);
-  const Shape shape = {picture.width, picture.height, frame.format, frame.width,
-                       frame.height,  coding.matrix,  coding.range};
-  if (!scaler_ || shape != shape_) {
-    scaler_.reset(sws_getContext(picture.width, picture.height, AV_PIX_FMT_BGRA, frame.width, frame.height, format,
-                                 kEncodeFlags, nullptr, nullptr, nullptr));
-    if (!scaler_) throw Error("its pixels cannot be converted");
-    const int* matrix = Coefficients(coding.matrix, picture.height);
-    sws_setColorspaceDetails(scaler_.get(), matrix, 1, matrix, IsFullRange(coding.range, format), 0, 1 << 16, 1 << 16);
-    shape_ = shape;
-  }
+  Prepare({picture.width, picture.height, AV_PIX_FMT_BGRA, frame.width, frame.height, format, coding}, format,
+          picture.height);
   const uint8_t* planes[] = {picture.pixels.data()};
   const int steps[] = {picture.Step()};
   sws_scale(scaler_.get(), planes, steps, 0, picture.height, frame.data, frame.linesize);

@@ -21,6 +21,7 @@ int BitDepth(AVPixelFormat format);
 struct ColorCoding {
   AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;  // unspecified: by the height, as players take it
   AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+  bool operator==(const ColorCoding&) const = default;
 };
 
 // One direction of conversion; set up anew only when the frames change.
@@ -37,9 +38,14 @@ class PixelConverter {
 
  private:
   struct Shape {
-    int width, height, format, toWidth, toHeight, matrix, range;
+    int width, height;
+    AVPixelFormat from;
+    int toWidth, toHeight;
+    AVPixelFormat to;
+    ColorCoding coding;
     bool operator==(const Shape&) const = default;
   };
+  void Prepare(const Shape& shape, AVPixelFormat format, int height);
   struct Deleter {
     void operator()(SwsContext* c) const;
   };

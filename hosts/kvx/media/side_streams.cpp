@@ -145,7 +145,8 @@ void SideStreams::PlanAttachment(const SourceStream& from) {
 }
 
 void SideStreams::PlanOther(const SourceStream& from) {
-  // A timecode track is made anew from the time that the video's metadata names; without such a place that is noted there.
+  // A timecode track is made anew from the time that the video's metadata names; without such a place that is noted
+  // there.
   const bool isTimecode = from.parameters->codec_tag == MKTAG('t', 'm', 'c', 'd');
   if (isTimecode && !media_.streams[media_.video].metadata.Get("timecode").empty()) return;
   std::string reason;

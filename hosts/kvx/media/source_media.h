@@ -19,7 +19,7 @@ struct SourceStream {
   AVRational frameRate{0, 1};
   Dictionary metadata;
   int disposition = 0;
-  PacketPtr attachedPicture;  // of a cover
+  PacketPtr attachedPicture;   // of a cover
   bool holdsChapters = false;  // the names of chapters, which are in `chapters` too
 
   AVMediaType Type() const { return parameters->codec_type; }
@@ -27,6 +27,9 @@ struct SourceStream {
   // "audio stream 1 (aac)"
   std::string Name() const;
 };
+
+// A decoder for the stream's packets. Throws Error.
+CodecPtr OpenDecoder(const SourceStream& stream);
 
 struct SourceChapter {
   int64_t id;
@@ -57,6 +60,9 @@ struct SourceMedia {
 
   std::shared_ptr<PacketQueue> packets = std::make_shared<PacketQueue>();
 };
+
+// The rate of the frames: the media's own, or `fps` where there is none.
+AVRational RateOf(const SourceMedia* media, double fps);
 
 }  // namespace kvx
 

@@ -17,12 +17,7 @@ class SubtitleTranscoder : public SideStream {
  public:
   SubtitleTranscoder(const SourceStream& from, const AVCodec& encoder, const AVOutputFormat& container)
       : name_(from.Name()), timeBase_(from.timeBase) {
-    const AVCodec* decoder = avcodec_find_decoder(from.parameters->codec_id);
-    if (!decoder) throw Error(fmt::format("{} cannot be decoded", name_));
-    decoder_.reset(CheckAlloc(avcodec_alloc_context3(decoder)));
-    CheckAv(avcodec_parameters_to_context(decoder_.get(), from.parameters.get()), name_);
-    decoder_->pkt_timebase = from.timeBase;
-    CheckAv(avcodec_open2(decoder_.get(), decoder, nullptr), name_);
+    decoder_ = OpenDecoder(from);
     encoder_.reset(CheckAlloc(avcodec_alloc_context3(&encoder)));
     encoder_->time_base = AV_TIME_BASE_Q;
     if (container.flags & AVFMT_GLOBALHEADER) encoder_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -92,7 +87,7 @@ class CopiedStream : public SideStream {
 }  // namespace
 
 std::unique_ptr<SideStream> TranscodeSubtitles(const SourceStream& from, const AVCodec& encoder,
-                                           const AVOutputFormat& container) {
+                                               const AVOutputFormat& container) {
   return std::make_unique<SubtitleTranscoder>(from, encoder, container);
 }
 

@@ -21,17 +21,17 @@ constexpr int kUsualTheoraScale = 10;  // of Theora: 10 is the best, 0 the worst
 // Codecs whose frames follow each other at one rate, whatever the container allows.
 bool NeedsConstantRhythm(AVCodecID id) {
   static const std::set<AVCodecID> codecs = {
-      AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4,     AV_CODEC_ID_THEORA, AV_CODEC_ID_H261,
-      AV_CODEC_ID_H263,       AV_CODEC_ID_H263P,      AV_CODEC_ID_MSMPEG4V2, AV_CODEC_ID_MSMPEG4V3,
-      AV_CODEC_ID_WMV1,       AV_CODEC_ID_WMV2,       AV_CODEC_ID_FLV1,      AV_CODEC_ID_DVVIDEO, AV_CODEC_ID_DNXHD};
+      AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4,     AV_CODEC_ID_THEORA,    AV_CODEC_ID_H261,
+      AV_CODEC_ID_H263,       AV_CODEC_ID_H263P,      AV_CODEC_ID_MSMPEG4V2, AV_CODEC_ID_MSMPEG4V3, AV_CODEC_ID_WMV1,
+      AV_CODEC_ID_WMV2,       AV_CODEC_ID_FLV1,       AV_CODEC_ID_DVVIDEO,   AV_CODEC_ID_DNXHD};
   return codecs.count(id) > 0;
 }
 
 bool HasQuantiserScale(AVCodecID id) {
   static const std::set<AVCodecID> codecs = {
-      AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4,     AV_CODEC_ID_H263,  AV_CODEC_ID_H263P,
-      AV_CODEC_ID_MSMPEG4V2,  AV_CODEC_ID_MSMPEG4V3,  AV_CODEC_ID_WMV1,      AV_CODEC_ID_WMV2,  AV_CODEC_ID_FLV1,
-      AV_CODEC_ID_MJPEG,      AV_CODEC_ID_H261,       AV_CODEC_ID_RV10,      AV_CODEC_ID_RV20,  AV_CODEC_ID_AMV};
+      AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H263, AV_CODEC_ID_H263P,
+      AV_CODEC_ID_MSMPEG4V2,  AV_CODEC_ID_MSMPEG4V3,  AV_CODEC_ID_WMV1,  AV_CODEC_ID_WMV2, AV_CODEC_ID_FLV1,
+      AV_CODEC_ID_MJPEG,      AV_CODEC_ID_H261,       AV_CODEC_ID_RV10,  AV_CODEC_ID_RV20, AV_CODEC_ID_AMV};
   return codecs.count(id) > 0;
 }
 
@@ -57,13 +57,6 @@ bool IsHdr(AVColorTransferCharacteristic transfer) {
 bool IsYuvJ(AVPixelFormat format) {
   return format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVJ422P || format == AV_PIX_FMT_YUVJ444P ||
          format == AV_PIX_FMT_YUVJ440P || format == AV_PIX_FMT_YUVJ411P;
-}
-
-bool IsOpaque(const Picture& picture) {
-  for (size_t i = 3; i < picture.pixels.size(); i += 4) {
-    if (picture.pixels[i] != 255) return false;
-  }
-  return true;
 }
 
 Rhythm RhythmOf(const AVCodec& encoder, const AVOutputFormat& container) {
@@ -253,7 +246,8 @@ void VideoEncoder::NoteWhatIsLost(const Picture& first) {
     const std::string after = SamplingName(codec_->pix_fmt);
     const AVPixFmtDescriptor* from = av_pix_fmt_desc_get(media_->pixelFormat);
     const AVPixFmtDescriptor* to = av_pix_fmt_desc_get(codec_->pix_fmt);
-    const bool coarser = from && to && (to->log2_chroma_w > from->log2_chroma_w || to->log2_chroma_h > from->log2_chroma_h);
+    const bool coarser =
+        from && to && (to->log2_chroma_w > from->log2_chroma_w || to->log2_chroma_h > from->log2_chroma_h);
     if (coarser && !before.empty()) {
       Note(fmt::format("colour sampling {} becomes {}, which {} takes", before, after, encoder_.name));
     }
@@ -273,7 +267,8 @@ void VideoEncoder::Encode(const Frame& frame, const Sink& sink) {
   }
   const bool keepsAlpha =
       HasAlpha(codec_->pix_fmt) && (!LosesAlphaOutsideMatroska(encoder_.id) || IsMatroska(container_));
-  if (!keepsAlpha && !IsOpaque(picture)) Note(fmt::format("the transparency is lost: {} in this kind of file has none", encoder_.name));
+  if (!keepsAlpha && !IsOpaque(picture))
+    Note(fmt::format("the transparency is lost: {} in this kind of file has none", encoder_.name));
   const FrameClock::Slot slot = clock_.Next(frame.timestamp, frame.duration > 0 ? frame.duration : 1);
   if (!slot.shown) return;
   const bool isFirst = frame_->pts == AV_NOPTS_VALUE;

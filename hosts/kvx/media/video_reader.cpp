@@ -80,8 +80,8 @@ VideoReader::~VideoReader() = default;
 void VideoReader::OpenDecoder() {
   const AVCodec* decoder = DecoderOf(*stream_);
   if (!decoder) {
-    throw Error(fmt::format("{}: its video ({}) cannot be decoded", name_,
-                            avcodec_get_name(stream_->codecpar->codec_id)));
+    throw Error(
+        fmt::format("{}: its video ({}) cannot be decoded", name_, avcodec_get_name(stream_->codecpar->codec_id)));
   }
   codec_.reset(CheckAlloc(avcodec_alloc_context3(decoder)));
   CheckAv(avcodec_parameters_to_context(codec_.get(), stream_->codecpar), name_);
@@ -113,8 +113,8 @@ void VideoReader::Describe() {
   }
   for (unsigned i = 0; i < container.nb_chapters; ++i) {
     const AVChapter& from = *container.chapters[i];
-    media_.chapters.push_back({from.id, Seconds(from.start, from.time_base), Seconds(from.end, from.time_base),
-                               Dictionary(from.metadata)});
+    media_.chapters.push_back(
+        {from.id, Seconds(from.start, from.time_base), Seconds(from.end, from.time_base), Dictionary(from.metadata)});
   }
   const AVCodecParameters& par = *stream_->codecpar;
   media_.timeBase = stream_->time_base;
@@ -283,7 +283,8 @@ bool VideoReader::Read(Frame& frame) {
     return true;
   }
   ended_ = true;
-  if (next_ == 0 && fileEnded_ && !options_.start) {
+  if (next_ == 0 && options_.start) throw Error(fmt::format("{}: it has no frame in the part asked for", name_));
+  if (next_ == 0 && fileEnded_) {
     throw Error(fmt::format("{}: no frame of it could be decoded{}", name_, LastComplaint()));
   }
   const bool cut = (options_.frames && next_ >= *options_.frames) || (options_.end && !fileEnded_);

@@ -37,9 +37,9 @@ class VideoReader : public FrameReader {
   void Describe();
   void SeekToStart();
 
-  bool NextDecoded();    // into decoded_
-  bool NextShown();      // the same, deinterlaced if that is wanted
-  bool ReadPacket();     // one more into packet_; false at the end of the file
+  bool NextDecoded();  // into decoded_
+  bool NextShown();    // the same, deinterlaced if that is wanted
+  bool ReadPacket();   // one more into packet_; false at the end of the file
   void KeepSidePacket();
   void ReleaseSidePackets(double until);  // seconds of the file
   void ReadSideStreamsToEnd();
@@ -66,7 +66,7 @@ class VideoReader : public FrameReader {
   int64_t next_ = 0;
   int64_t firstStamp_ = 0;
   int64_t firstPlace_ = 0;
-  int64_t fallback_ = 0;       // the stamp of the next frame if it has none
+  int64_t fallback_ = 0;  // the stamp of the next frame if it has none
   bool ended_ = false;
 
   std::deque<PacketPtr> pending_;  // side packets that are not released yet
@@ -74,8 +74,8 @@ class VideoReader : public FrameReader {
   int64_t lastVideoStamp_ = -1;    // when its packets are decoded
   int64_t packetsBroken_ = 0;
   int64_t framesBroken_ = 0;
-  int64_t complaintsBefore_ = 0;   // of the decoder, about frames that nobody wanted
-  double reached_ = 0;             // seconds of the file up to which any packet went
+  int64_t complaintsBefore_ = 0;  // of the decoder, about frames that nobody wanted
+  double reached_ = 0;            // seconds of the file up to which any packet went
   bool fileEnded_ = false;
   std::string readError_;
 };

@@ -11,14 +11,6 @@
 
 namespace kvx {
 
-namespace {
-
-AVRational RateOf(const SourceMedia* media, double fps) {
-  return media ? media->rate : av_d2q(fps, 100000);
-}
-
-}  // namespace
-
 void VideoWriter::OutputDeleter::operator()(AVFormatContext* c) const {
   if (c->pb) avio_closep(&c->pb);
   avformat_free_context(c);
@@ -66,7 +58,8 @@ void VideoWriter::TakeMetadata() {
   const ContainerKeeps keeps = KeepsOf(*container_->oformat);
   for (const char* tag : {"title", "creation_time"}) {
     const std::string value = media_->metadata.Get(tag);
-    if (!value.empty() && !keeps.tags) Note(fmt::format("the file's {} ({}) is not kept by this kind of file", tag, value));
+    if (!value.empty() && !keeps.tags)
+      Note(fmt::format("the file's {} ({}) is not kept by this kind of file", tag, value));
   }
   if (!timecode.empty() && !keeps.timecode) {
     Note(fmt::format("the timecode {} is not kept: this kind of file has no place for it", timecode));
@@ -159,7 +152,7 @@ void VideoWriter::Finish() {
 std::string VideoWriter::FinishPartial() {
   if (!encoder_.IsOpen()) return "nothing was written";
   CloseContainer();
-  return fmt::format("what was done is {}", file_.CommitPartial());
+  return fmt::format("what was done is {}", file_.CommitBeside("partial"));
 }
 
 }  // namespace kvx

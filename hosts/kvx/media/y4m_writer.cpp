@@ -12,10 +12,6 @@ namespace kvx {
 
 namespace {
 
-AVRational RateOf(const SourceMedia* media, double fps) {
-  return media ? media->rate : av_d2q(fps, 100000);
-}
-
 char Interlacing(const SourceMedia* media) {
   switch (media ? media->fieldOrder : AV_FIELD_PROGRESSIVE) {
     case AV_FIELD_TT:
@@ -53,8 +49,14 @@ void Y4mWriter::Start(const Picture& first) {
   const AVRational aspect = media_ ? media_->sampleAspect : AVRational{0, 1};
   const bool known = aspect.num > 0 && aspect.den > 0;
   Print(fmt::format("YUV4MPEG2 W{} H{} F{}:{} I{} A{}:{} C444 XCOLORRANGE={}\n", first.width, first.height, rate_.num,
-                    rate_.den, Interlacing(media_), known ? aspect.num : media_ ? 0 : 1,
-                    known ? aspect.den : media_ ? 0 : 1, full ? "FULL" : "LIMITED"));
+                    rate_.den, Interlacing(media_),
+                    known    ? aspect.num
+                    : media_ ? 0
+                             : 1,
+                    known    ? aspect.den
+                    : media_ ? 0
+                             : 1,
+                    full ? "FULL" : "LIMITED"));
 }
 
 void Y4mWriter::PutFrame() {
@@ -77,11 +79,7 @@ void Y4mWriter::Write(const Frame& frame) {
   const FrameClock::Slot slot = clock_.Next(frame.timestamp, std::max<int64_t>(frame.duration, 1));
   if (!slot.shown) return;
   for (int64_t i = 0; i < slot.repeats && !isFirst; ++i) PutFrame();
-  for (size_t i = 3; i < picture.pixels.size(); i += 4) {
-    if (picture.pixels[i] == 255) continue;
-    Note("the transparency is lost: Y4M has none");
-    break;
-  }
+  if (!IsOpaque(picture)) Note("the transparency is lost: Y4M has none");
   const AVColorRange range = media_ && !IsRgb(media_->pixelFormat) ? media_->range : AVCOL_RANGE_UNSPECIFIED;
   converter_.ToFrame(picture, {media_ ? media_->matrix : AVCOL_SPC_UNSPECIFIED, range}, *yuv_);
   for (int64_t i = 0; i < slot.repeats && isFirst; ++i) PutFrame();

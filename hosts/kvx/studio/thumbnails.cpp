@@ -7,6 +7,7 @@
 
 #include "hostkit/param_track.h"
 #include "hosts/kvx/labelled_grid.h"
+#include "hosts/kvx/picture_file.h"
 
 namespace kvx {
 
@@ -18,13 +19,6 @@ constexpr int kQuality = 82;
 constexpr int64_t kMovingFrames = 48;
 constexpr int kWaiting = 20;  // milliseconds
 constexpr int kMostWaiting = 300;
-
-bool IsOpaque(const Picture& picture) {
-  for (size_t i = 3; i < picture.pixels.size(); i += 4) {
-    if (picture.pixels[i] != 255) return false;
-  }
-  return true;
-}
 
 // Background fills show nothing in a frame that is full.
 Picture WithOpenSides(const Picture& picture) {
