@@ -19,10 +19,24 @@ const std::string& SoundConfiguration() {
   return text;
 }
 
+// Links lead back to where the walk comes from, and to each other.
+const TemporaryDirectory& Root() {
+  static const TemporaryDirectory root;
+  [[maybe_unused]] static const bool linked = [] {
+    const auto top = root.Path() / "kvx_effect/nle_default";
+    std::filesystem::create_directories(top / "filter");
+    std::filesystem::create_directory_symlink(top, top / "filter/up");
+    std::filesystem::create_directory_symlink(top / "filter", top / "again");
+    std::filesystem::create_symlink("nowhere", top / "filter/lost.conf");
+    return true;
+  }();
+  return root;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const TemporaryDirectory root;
+  const TemporaryDirectory& root = Root();
   const std::string input(data, data + size);
   const size_t cut = input.starts_with('<') ? 0 : std::min(input.find('\f'), size);
   const std::string xmlName = std::string(kDirectory) + "filter.xml";

@@ -2,7 +2,9 @@
 #ifndef KVX_HOSTKIT_CHAIN_H_
 #define KVX_HOSTKIT_CHAIN_H_
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +26,10 @@ class Chain {
   // "NAME" or "NAME:PARAM=VALUE;PARAM=VALUE"; opacity=PERCENT sets the effect's opacity.
   void AddText(const EffectList& effects, const std::string& text);
 
+  // What the effects draw by chance goes by this number. Whoever runs the chain sees to it.
+  void SetSeed(std::optional<uint32_t> seed) { seed_ = seed; }
+  std::optional<uint32_t> Seed() const { return seed_; }
+
   const std::vector<ChainLink>& Links() const { return links_; }
   bool Empty() const { return links_.empty(); }
   // True if frames may be rendered in any order, on several sets of objects.
@@ -31,6 +37,7 @@ class Chain {
 
  private:
   std::vector<ChainLink> links_;
+  std::optional<uint32_t> seed_;
 };
 
 // A set of effect objects for one chain.

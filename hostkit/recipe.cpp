@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <vector>
@@ -38,7 +39,19 @@ json ParseJson(const std::string& text, const std::string& name) {
     const auto line =
         1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(error.byte, text.size())), '\n');
     throw UsageError(fmt::format("{}: not JSON at line {}", name, line));
+  } catch (const json::out_of_range&) {
+    throw UsageError(fmt::format("{}: a number is too large", name));
   }
+}
+
+// Throws Error if what stands there is no seed.
+std::optional<uint32_t> SeedOf(const json& recipe) {
+  if (!recipe.is_object() || !recipe.contains("seed")) return std::nullopt;
+  const json& seed = recipe["seed"];
+  if (!seed.is_number_unsigned() || seed.get<uint64_t>() > UINT32_MAX) {
+    throw UsageError("must be a whole number from 0 to 4294967295");
+  }
+  return seed.get<uint32_t>();
 }
 
 // The setting that a recipe's value stands for.
@@ -57,6 +70,14 @@ std::string SettingOf(const std::string& name, const json& value) {
 }
 
 }  // namespace
+
+std::optional<uint32_t> RecipeSeed(const std::string& text) {
+  try {
+    return SeedOf(ParseJson(text, ""));
+  } catch (const Error&) {
+    return std::nullopt;
+  }
+}
 
 Chain ParseRecipe(const EffectList& effects, const std::string& text, const std::string& name) {
   const json recipe = ParseJson(text, name);
@@ -103,6 +124,11 @@ Chain ParseRecipe(const EffectList& effects, const std::string& text, const std:
       throw Error(fmt::format("{}: {}: {}", name, place, error.what()), error.Kind());
     }
   }
+  try {
+    chain.SetSeed(SeedOf(recipe));
+  } catch (const Error& error) {
+    throw UsageError(fmt::format("{}: seed: {}", name, error.what()));
+  }
   return chain;
 }
 
@@ -125,14 +151,16 @@ std::string RecipeText(const Chain& chain) {
       for (const std::string& point : Split(value, ',')) {
         const size_t colon = point.find(':');
         if (colon == std::string::npos) break;
-        points[point.substr(0, colon)] = std::stod(point.substr(colon + 1));
+        points[point.substr(0, colon)] = std::strtod(point.c_str() + colon + 1, nullptr);
       }
       params[setting.substr(0, equals)] = points.empty() ? ordered_json(value) : points;
     }
     if (!params.empty()) entry["params"] = params;
     effects.push_back(entry);
   }
-  return ordered_json{{"effects", effects}}.dump(2) + "\n";
+  ordered_json recipe = {{"effects", effects}};
+  if (chain.Seed()) recipe["seed"] = *chain.Seed();
+  return recipe.dump(2) + "\n";
 }
 
 }  // namespace kvx

@@ -1,6 +1,7 @@
 #!/bin/sh
-# Usage: scripts/fuzz.sh [SECONDS] [TARGET...] runs the fuzzers (catalogue, effects, filter, images), each for SECONDS,
-# 600 if none are given. What they find out goes to build/fuzz/corpus, inputs that fail to build/fuzz/finds.
+# Usage: scripts/fuzz.sh [SECONDS] [TARGET...] runs the fuzzers (catalogue, effects, filter, images, recipe,
+# command, frames), each for SECONDS, 600 if none are given. What they find out goes to build/fuzz/corpus, inputs that fail
+# to build/fuzz/finds.
 #        scripts/fuzz.sh --merge [TARGET...] makes the kept corpus in fuzz/corpus anew from itself and build/fuzz/corpus:
 # the fewest inputs that reach every edge of the code.
 set -eu
@@ -11,7 +12,7 @@ case "${1:-}" in
   --merge) mode=merge; shift ;;
   [0-9]*) seconds=$1; shift ;;
 esac
-[ $# -gt 0 ] || set -- catalogue effects filter images
+[ $# -gt 0 ] || set -- catalogue effects filter images recipe command frames
 
 ./scripts/install_packages.sh clang libclang-rt-14-dev
 cmake --preset fuzz >/dev/null
@@ -56,8 +57,9 @@ merge() {
 failed=0
 for target in "$@"; do
   case "$target" in
-    catalogue | filter | images) longest=8192 ;;
-    effects) longest=400 ;;
+    catalogue | filter | images | frames) longest=8192 ;;
+    recipe) longest=2048 ;;
+    effects | command) longest=400 ;;
     *) echo "no fuzzer '$target'" >&2; exit 2 ;;
   esac
   if [ $mode = merge ]; then

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Usage: scripts/soak.sh [FRAMES [FRAMES_PER_SAMPLE]]. Renders FRAMES frames (20000 unless given) of forty effects in the
+# Usage: scripts/soak.sh [FRAMES [FRAMES_PER_SAMPLE]]. Renders FRAMES frames (20000 unless given) of all effects in the
 # release build and prints the memory in use at every sample; fails if it grows.
 set -eu
 cd "$(dirname "$0")/.."

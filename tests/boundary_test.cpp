@@ -236,6 +236,34 @@ TEST_F(Boundary, RenderChecksImagesAndMemory) {
   plugin_.release(effect);
 }
 
+TEST_F(Boundary, OneBufferMayBeSourceAndDestination) {
+  constexpr int32_t kIds[] = {13, 71, 366, 367, 1374};
+  std::string catalogue;
+  for (const int32_t id : kIds) catalogue += (catalogue.empty() ? "[" : ",") + Entry(id);
+  StartWith(catalogue + "]");
+  for (const int32_t id : kIds) {
+    KVXEffect* effect = nullptr;
+    ASSERT_EQ(plugin_.create(GuidOf(id).c_str(), 0, &effect), 0);
+    FrameBuffer src(64, 48), dst(64, 48);
+    src.FillOpaquePicture();
+    dst.FillOpaquePicture();  // some pixels stay as they are
+    FakeImage input(src), output(dst);
+    FakeContext context;
+    context.numbers = {{"X", 0}, {"Y", 1}};
+    context.frame = 60;
+    context.total = 200;
+    context.input = &input;
+    context.output = &output;
+    effect->Prepare(&context);
+    ASSERT_EQ(effect->Render(&context), 0);
+    EXPECT_FALSE(dst.Packed() == src.Packed()) << id;
+    context.output = &input;
+    ASSERT_EQ(effect->Render(&context), 0);
+    EXPECT_TRUE(src.Packed() == dst.Packed()) << id;
+    plugin_.release(effect);
+  }
+}
+
 TEST_F(Boundary, ObjectsOutliveShutdownAndNothingFollowsIt) {
   StartWith("[" + Entry(71) + "]");
   KVXEffect* effect = nullptr;

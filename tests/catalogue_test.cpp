@@ -200,6 +200,20 @@ TEST(DirectoryWalk, DoesNotFollowLinksInCircles) {
   EXPECT_EQ(Load(root).guids, std::vector<std::string>{GuidOf(71)});
 }
 
+// Directories that all link to each other have as many ways through them as orders to visit them in.
+TEST(DirectoryWalk, VisitsEachDirectoryOnce) {
+  const TemporaryDirectory root;
+  const auto top = root.Path() / "kvx_effect/nle_default";
+  constexpr int kDirectories = 12;
+  for (int i = 0; i < kDirectories; ++i) {
+    root.Write("kvx_effect/nle_default/" + std::to_string(i) + "/x.conf", Config(71));
+    for (int k = 0; k < kDirectories; ++k) {
+      std::filesystem::create_directory_symlink(top / std::to_string(k), top / std::to_string(i) / std::to_string(k));
+    }
+  }
+  EXPECT_EQ(Load(root).guids, std::vector<std::string>(kDirectories, GuidOf(71)));
+}
+
 TEST(FilterParser, TexturesAndParameters) {
   const auto info = vizcore::ParseFilterInfo(json::parse(R"({"GUID": "g", "TEXTURES": [
       {"TYPE": "image", "FILE": "a.png"}, null, {}, {"TYPE": "mask", "FILE": "b.png"}],

@@ -37,6 +37,22 @@ TEST(MemoryProbe, SeesEveryPage) {
   EXPECT_TRUE(IsBadReadPtr(base, SIZE_MAX)) << "the range wraps";
 }
 
+TEST(MemoryProbe, SeesTheEndOfAMappedFile) {
+  const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  const int file = memfd_create("short", 0);
+  ASSERT_EQ(ftruncate(file, static_cast<off_t>(page)), 0);
+  auto* base = static_cast<uint8_t*>(mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0));
+  ASSERT_NE(base, MAP_FAILED);
+  base[0] = 7;
+  EXPECT_FALSE(IsBadReadPtr(base, page));
+  EXPECT_FALSE(IsBadWritePtr(base, page));
+  EXPECT_TRUE(IsBadReadPtr(base, page + 1));
+  EXPECT_TRUE(IsBadWritePtr(base + page, 1));
+  EXPECT_EQ(base[0], 7);
+  munmap(base, 2 * page);
+  close(file);
+}
+
 TEST(Text, ConvertsAndRefuses) {
   const std::string mixed = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
   const auto wide = WidenUtf8(mixed);

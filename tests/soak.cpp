@@ -1,4 +1,4 @@
-// A long run: forty effects of all families driven through the exports as a host does, with changing parameters and
+// A long run: all effects driven through the exports as a host does, with changing parameters and
 // sizes and now and then a new start of the library, while memory is watched. Usage: soak [FRAMES [FRAMES_PER_SAMPLE]].
 // Prints a table; fails if memory in use grows.
 #include <malloc.h>
@@ -21,13 +21,7 @@ extern "C" size_t __sanitizer_get_current_allocated_bytes();
 
 namespace {
 
-constexpr int32_t kIds[] = {16,  31,  59,  60,  61,  64,                         // history
-                            34,  51,  57,  58,  62,  69,   72,                   // water and generators
-                            15,  17,  20,  24,  37,  63,   65,   73,  366, 370,  // blurs, edges, lenses, layouts
-                            74,  118, 135, 164, 168, 169,  181,  182, 183,       // engine
-                            193, 225, 348, 354, 356, 1374, 1380, 1386};          // materials and background fills
-constexpr int kEffects = std::size(kIds);
-static_assert(kEffects == 40);
+constexpr int kEffects = 242;
 
 constexpr struct {
   int32_t width, height;
@@ -42,6 +36,10 @@ constexpr int64_t kSlack = 256;
 #else
 constexpr int64_t kSlack = 8 * 1024;
 #endif
+
+int32_t IdOf(int effect) {
+  return GetEffectPluginsInfo(static_cast<uint32_t>(effect))->effectId;
+}
 
 struct NumberParam {
   std::string name;
@@ -117,8 +115,8 @@ class Lifetime {
     PluginStartupInfo info{};
     plugin_.startup(&host, &info);
     for (int i = 0; i < kEffects; ++i) {
-      const std::string guid = GuidOf(kIds[i]);
-      if (plugin_.create(guid.c_str(), 0, &effects_[i]) != 0) Fail("no effect " + std::to_string(kIds[i]));
+      const std::string guid = GuidOf(IdOf(i));
+      if (plugin_.create(guid.c_str(), 0, &effects_[i]) != 0) Fail("no effect " + std::to_string(IdOf(i)));
     }
     // After the creation, because it adds what only the processors know.
     for (uint32_t index = 0; index < info.filterCount; ++index) {
@@ -139,9 +137,9 @@ class Lifetime {
     context.place = turn / kFramesPerValue + effect;
     context.input = &input;
     context.output = &output;
-    context.numbers = &registrar_.numbers[GuidOf(kIds[effect])];
+    context.numbers = &registrar_.numbers[GuidOf(IdOf(effect))];
     if (effects_[effect]->Prepare(&context) != 0 || effects_[effect]->Render(&context) != 0) {
-      Fail("effect " + std::to_string(kIds[effect]) + " fails");
+      Fail("effect " + std::to_string(IdOf(effect)) + " fails");
     }
   }
 

@@ -1,6 +1,5 @@
 #include "hosts/kvx/chain_words.h"
 
-#include "hostkit/recipe.h"
 #include "hosts/kvx/input_file.h"
 
 namespace kvx {
@@ -8,6 +7,13 @@ namespace kvx {
 Chain ReadRecipe(const EffectList& list, const std::string& path) {
   InputFile file(path);
   return ParseRecipe(list, file.ReadAll(kLargestSmallFile), file.Name());
+}
+
+void ChainWords::ReadRecipeText() {
+  if (recipe.empty()) return;
+  InputFile file(recipe);
+  recipeText = file.ReadAll(kLargestSmallFile);
+  recipeName = file.Name();
 }
 
 void ChainWords::AddTo(CLI::App& sub) {
@@ -24,7 +30,7 @@ Chain ChainWords::Build(const EffectList& list, size_t files) {
   if (!recipe.empty()) {
     if (!effects.empty() || !settings.empty()) throw UsageError("--recipe goes without -e and -p");
     if (opacityOption->count() > 0) throw UsageError("--opacity goes without --recipe: a recipe holds every opacity");
-    chain = ReadRecipe(list, recipe);
+    chain = ParseRecipe(list, recipeText, recipeName);
   }
   for (const std::string& text : effects) chain.AddText(list, text);
   if (chain.Empty()) {

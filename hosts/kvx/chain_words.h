@@ -3,10 +3,13 @@
 #define KVX_HOSTS_KVX_CHAIN_WORDS_H_
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "hostkit/chain.h"
+#include "hostkit/recipe.h"
 
 namespace kvx {
 
@@ -21,8 +24,13 @@ struct ChainWords {
   std::string recipe;
   double opacity = 100;
   CLI::Option* opacityOption = nullptr;
+  std::string recipeText, recipeName;
 
   void AddTo(CLI::App& sub);
+
+  // Reads the recipe, if there is one: before the plug-in starts, for its seed. Throws Error.
+  void ReadRecipeText();
+  std::optional<uint32_t> RecipeSeed() const { return kvx::RecipeSeed(recipeText); }
 
   // `files` is how many words follow the effect; only they are left in `words`. Throws Error.
   Chain Build(const EffectList& list, size_t files);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "hosts/kvx/media/video.h"
 #include "hosts/kvx/output_file.h"
 #include "hosts/kvx/overlap.h"
+#include "hosts/kvx/seeded_clock.h"
 #include "hosts/kvx/standard_output.h"
 #include "hosts/kvx/studio/studio.h"
 
@@ -43,6 +45,15 @@ std::vector<std::string> NamesOf(CLI::App& app) {
   return names;
 }
 
+// True if what was asked for draws by chance, or keeps what decides it.
+bool Renders(const CLI::App& app) {
+  static const std::set<std::string> kOthers = {"list", "info", "doctor", "check"};
+  for (const CLI::App* sub : app.get_subcommands()) {
+    if (kOthers.count(sub->get_name()) > 0 || !Renders(*sub)) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 CommandLine::CommandLine() : app_("Video effects on pictures, sequences and videos, through the kvx plug-in.", "kvx") {
@@ -51,6 +62,8 @@ CommandLine::CommandLine() : app_("Video effects on pictures, sequences and vide
   app_.fallthrough();
   app_.add_option("--plugin", common_.pluginPath, "The plug-in's file");
   app_.add_option("--resources", common_.resourceRoot, "The resource directory, with kvx_effect in it");
+  app_.add_option("--seed", common_.seed, "Number that decides what effects draw by chance: the same bytes in every run")
+      ->check(CLI::Range(uint32_t{0}, UINT32_MAX));
   app_.add_flag("-v,--verbose", common_.verbose, "Show what the plug-in and the media libraries log");
   AddListing(*this);
   AddRender(*this);
@@ -63,7 +76,9 @@ bool CommandLine::Run() {
   if (common_.pluginPath.empty()) common_.pluginPath = DefaultPluginPath();
   if (common_.resourceRoot.empty()) common_.resourceRoot = DefaultResourceRoot();
   SetMediaVerbose(common_.verbose);
+  if (common_.seed && !Renders(app_)) throw UsageError("--seed is for commands that render, and for recipe write");
   if (withoutPlugin_) return withoutPlugin_(common_);
+  if (common_.seed) SeedClock(*common_.seed);  // before the plug-in starts, which draws already
   Plugin plugin(OptionsOf(common_));
   return withPlugin_(plugin);
 }
@@ -91,7 +106,7 @@ void CheckCommandWords(CLI::App& app, const std::vector<std::string>& words) {
   CLI::App* at = &app;
   for (size_t i = 0; i < words.size(); ++i) {
     const std::string& word = words[i];
-    if (word == "--plugin" || word == "--resources") {
+    if (word == "--plugin" || word == "--resources" || word == "--seed") {
       ++i;
       continue;
     }
@@ -156,8 +171,9 @@ void AddRecipe(CommandLine& line) {
   chainWords->AddTo(*write);
   write->add_flag("--overwrite", *overwrite, kOverwriteHelp);
   write->callback([&line, chainWords, overwrite] {
-    line.Choose([chainWords, overwrite](Plugin& plugin) {
-      const Chain chain = chainWords->Build(plugin.Effects(), 1);
+    line.Choose([&line, chainWords, overwrite](Plugin& plugin) {
+      Chain chain = chainWords->Build(plugin.Effects(), 1);
+      chain.SetSeed(line.Shared().seed);
       WriteWholeFile(chainWords->words.front(), RecipeText(chain), *overwrite);
       return true;
     });

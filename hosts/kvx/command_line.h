@@ -3,7 +3,9 @@
 #define KVX_HOSTS_KVX_COMMAND_LINE_H_
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,7 @@ struct Common {
   std::string pluginPath;
   std::string resourceRoot;
   bool verbose = false;
+  std::optional<uint32_t> seed;
 };
 
 // The parser, and what the words that it parsed ask for.
@@ -26,6 +29,10 @@ class CommandLine {
 
   CLI::App& App() { return app_; }
   const Common& Shared() const { return common_; }
+  // What a recipe says counts where the command line says nothing.
+  void OfferSeed(std::optional<uint32_t> seed) {
+    if (!common_.seed) common_.seed = seed;
+  }
   // Does what was asked for. False if it could not be done whole, which was said. Throws Error.
   bool Run();
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "hosts/kvx/seeded_clock.h"
+
 namespace kvx {
 
 namespace {
@@ -73,6 +75,7 @@ void RenderSample(Plugin& plugin, const EffectInfo& effect, const ParamTracks& t
   const std::unique_ptr<Effect> object = plugin.Create(effect);
   const bool openSides = effect.family == "background fills" && IsOpaque(source.At(0));
   for (int64_t frame = 0; frame < frames; ++frame) {
+    SetClipTime(static_cast<double>(frame) / kFps);
     object->Render(openSides ? WithOpenSides(source.At(frame)) : source.At(frame), output, {frame, frames},
                    tracks.At(frame, static_cast<double>(frame) * 1000 / kFps));
     if (each) each->push_back(output);

@@ -81,6 +81,7 @@ void ShowEffect(const EffectInfo& effect, bool json) {
   }
   Print(fmt::format("{} (id {})\nGUID {}\nfamily {}\n", effect.name, effect.id, effect.guid, effect.family));
   if (effect.moving) Print("moves on a still source\n");
+  if (effect.random) Print("random: two runs differ, unless --seed is given\n");
   if (!effect.materials.empty()) Print("uses a picture of the resources\n");
   if (effect.params.empty()) Print("no parameters\n");
   std::string sample;

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "hosts/kvx/seeded_clock.h"
 #include "hosts/kvx/signals.h"
 
 namespace kvx {
@@ -127,6 +128,7 @@ PipelineResult RunPipeline(Plugin& plugin, const Chain& chain, FrameReader& read
       Frame frame;
       while (exchange.TakeRead(frame)) {
         if (options.pad) frame.picture = PadPicture(frame.picture, *options.pad);
+        SetClipTime(frame.clipSeconds);
         objects.Render(frame.picture, frame.place, totalFrames, frame.clipSeconds);
         exchange.PutRendered(std::move(frame));
         frame = Frame();

@@ -130,6 +130,8 @@ void AddRender(CommandLine& line) {
   CLI::App* sub = line.App().add_subcommand("render", "Render a picture, a sequence or a video through effects");
   words->AddTo(*sub);
   sub->callback([&line, words, sub] {
+    words->chain.ReadRecipeText();
+    line.OfferSeed(words->chain.RecipeSeed());
     line.Choose([words, sub](Plugin& plugin) {
       const Chain chain = words->chain.Build(plugin.Effects(), 2);
       words->TakeOptions(*sub);

@@ -8,6 +8,8 @@
 #include <limits>
 #include <utility>
 
+#include "hosts/kvx/seeded_clock.h"
+
 namespace kvx {
 
 namespace {
@@ -84,6 +86,7 @@ void ChainObjects::Run(const Chain& chain, size_t from, size_t to, const Picture
   const Picture* in = &input;
   for (size_t i = from; i < to; ++i) {
     Picture& out = i + 1 == to ? output : scratch_[i % 2];
+    SetClipTime(frame.seconds);
     effects_[i]->Render(*in, out, {frame.number, total},
                         chain.Links()[i].tracks.At(frame.number, frame.seconds * 1000));
     in = &out;

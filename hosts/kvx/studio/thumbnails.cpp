@@ -8,6 +8,7 @@
 #include "hostkit/param_track.h"
 #include "hosts/kvx/labelled_grid.h"
 #include "hosts/kvx/picture_file.h"
+#include "hosts/kvx/seeded_clock.h"
 
 namespace kvx {
 
@@ -67,6 +68,7 @@ std::string Thumbnails::Make(const EffectInfo& effect, bool strip, const std::fu
   for (int64_t frame = 0; frame < frames; ++frame) {
     if (stopped && stopped()) throw Error("stopped");
     const Picture& source = SourceAt(frame);
+    SetClipTime(static_cast<double>(frame) / clip_.Fps());
     object->Render(openSides ? WithOpenSides(source) : source, output, {frame, frames},
                    tracks.At(frame, static_cast<double>(frame) * 1000 / clip_.Fps()));
     const int64_t every = std::max<int64_t>(1, frames / kStripFrames);

@@ -35,6 +35,11 @@ Clusters DrawClusters(int32_t width, int32_t height) {
   return clusters;
 }
 
+// A side may be so long that 32 bits do not hold its square.
+int64_t SumOfSquares(int32_t a, int32_t b) {
+  return static_cast<int64_t>(a) * a + static_cast<int64_t>(b) * b;
+}
+
 // The distance that decides, as it is defined: with every rounding of the 32-bit floats.
 struct Metric {
   float longest;     // the frame's diagonal
@@ -48,7 +53,7 @@ struct Metric {
     const int32_t dx = x - cluster.x;
     const int32_t dy = y - cluster.y;
     const float dc = std::sqrt(static_cast<float>(d0 * d0 + d1 * d1 + d2 * d2)) / mostColor;
-    const float ds = std::sqrt(static_cast<float>(dx * dx + dy * dy)) / longest;
+    const float ds = std::sqrt(static_cast<float>(SumOfSquares(dx, dy))) / longest;
     return std::sqrt(static_cast<float>(ds * weight * ds + dc * (1 - weight) * dc));
   }
 
@@ -137,7 +142,7 @@ void CCluster::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const Param
   weight_ = Param(params, 2) / 100;
   if (width <= 0 || height <= 0) return;
   const Clusters clusters = DrawClusters(width, height);
-  const Metric metric{std::sqrt(static_cast<float>(width * width + height * height)), std::sqrt(195075.0f), weight_};
+  const Metric metric{std::sqrt(static_cast<float>(SumOfSquares(width, height))), std::sqrt(195075.0f), weight_};
   // Numbers below the count, of which a fraction takes one more; NaN takes none.
   const size_t count = count_ > 0 ? static_cast<size_t>(std::ceil(std::min(count_, double{kMostClusters}))) : 0;
   Paint(PackedSource(src, width, height), PackedDest(dst, width, height), clusters, count, metric);

@@ -7,6 +7,7 @@
 #include "framework/frame_matrix.h"
 #include "framework/numeric.h"
 #include "framework/zeroed_array.h"
+#include "platform/workers.h"
 
 namespace {
 
@@ -16,7 +17,7 @@ using Histogram = std::array<uint32_t, 256>;
 ConstFrameView PictureOf(const cv::Mat& frame) {
   const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(PixelCount(frame.cols, frame.rows));
   cv::Mat gray(frame.rows, frame.cols, CV_8UC1, bytes.get());
-  cv::cvtColor(frame, gray, cv::COLOR_BGRA2GRAY, 0);
+  WithWorkers([&] { cv::cvtColor(frame, gray, cv::COLOR_BGRA2GRAY, 0); });
   const cv::Rect box = cv::boundingRect(gray);
   const cv::Mat region = frame(box);
   return {region.data, region.cols, region.rows, static_cast<int32_t>(frame.step)};

@@ -9,6 +9,7 @@
 #include "framework/numeric.h"
 #include "framework/parallel.h"
 #include "framework/params.h"
+#include "platform/workers.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ void CGlow::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep
   cv::Mat result(height, width, CV_8UC4, dst, static_cast<size_t>(dstStep));
   const int32_t window = WindowOf(amount, std::max(width, height));
   if (window > 1) {
-    cv::blur(source, blurred, cv::Size(window, window), cv::Point(-1, -1), cv::BORDER_DEFAULT);
+    WithWorkers([&] { cv::blur(source, blurred, cv::Size(window, window), cv::Point(-1, -1), cv::BORDER_DEFAULT); });
     ParallelFor(cv::Range(0, height), parallelCGlowInvoker(&result, &blurred, &source));
   } else {
     ParallelFor(cv::Range(0, height), parallelCGlowInvoker(&result, &source, &source));

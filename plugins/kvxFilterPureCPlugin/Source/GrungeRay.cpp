@@ -23,7 +23,7 @@ ByteTable MixTable(int32_t percent) {
 
 void CGrungeRay::SetUp(const char* fileName) {
   frameImage_.reset();
-  materialFile_.Read(fileName);
+  materialFile_.Read(fileName, width, height);
 }
 
 void CGrungeRay::Process(uint8_t*, uint8_t* dst, int32_t, int32_t dstStep, const ParamValueArray*) {

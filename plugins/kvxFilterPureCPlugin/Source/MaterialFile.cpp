@@ -6,17 +6,32 @@
 #include "framework/material_path.h"
 #include "platform/files.h"
 
-void MaterialFile::Read(const char* fileName) {
-  bytes_ = std::string();
-  if (!fileName) return;
+namespace {
+
+std::string ReadIfThere(const std::u16string& path) {
   try {
-    const std::u16string path = MaterialPath(fileName);
-    if (FileExists(path)) bytes_ = ReadFile(path).value_or(std::string());
+    if (FileExists(path)) return ReadFile(path).value_or(std::string());
   } catch (const std::bad_alloc&) {  // as good as no file
   }
+  return {};
+}
+
+}  // namespace
+
+void MaterialFile::Read(const char* fileName, int32_t width, int32_t height) {
+  path_.clear();
+  bytes_.clear();
+  if (!fileName) return;
+  try {
+    path_ = MaterialPath(fileName);
+  } catch (const std::bad_alloc&) {
+    return;
+  }
+  if (width != 1 || height != 1) bytes_ = ReadIfThere(std::exchange(path_, std::u16string()));
 }
 
 ImageHandle MaterialFile::TakePicture(int32_t width, int32_t height) {
+  if (!path_.empty()) bytes_ = ReadIfThere(std::exchange(path_, std::u16string()));
   const std::string bytes = std::exchange(bytes_, std::string());
   if (bytes.empty()) return nullptr;
   try {

@@ -61,7 +61,7 @@ void CMergeFilter::SetUp(uint32_t code, const char* fileName) {
   EngineFree(engine_);
   engine_ = nullptr;
   EngineCreate(&engine_, code);
-  materialFile_.Read(fileName);
+  materialFile_.Read(fileName, width, height);
 }
 
 // Upside down, as the engine's routines expect it.

@@ -10,9 +10,9 @@
 
 inline constexpr uint32_t kOpaqueBlack = 0xFF000000;
 
-// `count` pixels; none if it is not above 0.
+// `count` pixels; none if it is not above 0. The runs may overlap, as they do where a host renders a frame onto itself.
 inline void CopyPixels(const uint8_t* src, uint8_t* dst, int32_t count) {
-  if (count > 0) std::memcpy(dst, src, 4 * static_cast<size_t>(count));
+  if (count > 0) std::memmove(dst, src, 4 * static_cast<size_t>(count));
 }
 
 inline void FillPixels(uint8_t* row, int32_t begin, int32_t end, uint32_t pixel) {

@@ -6,6 +6,7 @@
 #include "framework/frame_matrix.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
+#include "platform/workers.h"
 
 namespace {
 constexpr ParamRow kParams[] = {{u"SpliteSize", 0, 2, 8}};
@@ -28,7 +29,7 @@ void CTVWallFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t
 
   const cv::Mat picture = MatrixOf({src, width, height, srcStep});
   cv::Mat small(tileHeight, tileWidth, CV_8UC4, tile_.Data());
-  cv::resize(picture, small, small.size(), 0, 0, cv::INTER_LINEAR);
+  WithWorkers([&] { cv::resize(picture, small, small.size(), 0, 0, cv::INTER_LINEAR); });
   LineTile(PackedDest(tile_.Data(), tileWidth, tileHeight));
 
   const ConstFrameView tile = PackedSource(tile_.Data(), tileWidth, tileHeight);

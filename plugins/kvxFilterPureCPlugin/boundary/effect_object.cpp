@@ -1,6 +1,6 @@
 #include "boundary/effect_object.h"
 
-#include <new>
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -56,9 +56,20 @@ std::optional<NLEParamValue> Convert(ParamKind kind, const HostParamValue& from)
   return std::nullopt;
 }
 
-int64_t BytesOf(HostImage& image) {
-  return static_cast<int64_t>(image.Step()) * image.Height();
-}
+// What an image says of itself, asked once: what was checked is what is used.
+struct ImageFacts {
+  explicit ImageFacts(HostImage& image)
+      : width(image.Width()), height(image.Height()), step(image.Step()), data(image.Data()) {}
+
+  int64_t Bytes() const { return static_cast<int64_t>(step) * height; }
+  size_t Size() const { return static_cast<size_t>(Bytes()); }
+  bool HasData() const { return Bytes() >= 0 && data; }
+
+  int32_t width;
+  int32_t height;
+  int32_t step;
+  uint8_t* data;
+};
 
 }  // namespace
 
@@ -72,22 +83,22 @@ int32_t KVXPureCPluginFilterEffect::SetFilter(std::shared_ptr<NLEPureCFilter> fi
 }
 
 int32_t KVXPureCPluginFilterEffect::Prepare(HostRenderContext* context) {
-  if (!filter_) return kStatusOk;
+  if (!filter_ || !context) return kStatusOk;
   filter_->SetCurrentFrame(static_cast<int32_t>(context->CurrentFrame()));
   filter_->SetTotalFrames(static_cast<int32_t>(context->TotalFrames()));
   FetchParams(*context);
   return kStatusOk;
 }
 
-// A value that the host does not give, or that memory does not suffice for, is no failure: the parameter keeps the one
-// it has.
+// A value that the host does not give, or that cannot be taken over, for lack of memory say, is no failure: the
+// parameter keeps the one it has.
 void KVXPureCPluginFilterEffect::FetchParams(HostRenderContext& context) {
   const int64_t frame = context.CurrentFrame();
   const int32_t count = description_->GetParamCount();
   for (int32_t i = 0; i < count; ++i) {
     try {
       FetchParam(context, frame, i);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
     }
   }
 }
@@ -109,23 +120,22 @@ void KVXPureCPluginFilterEffect::FetchParam(HostRenderContext& context, int64_t 
 }
 
 int32_t KVXPureCPluginFilterEffect::Render(HostRenderContext* context) {
-  HostImage* input = context->InputImage(0);
-  HostImage* output = context->OutputImage();
-  if (!input || !output) return kStatusBadArgument;
+  if (!context) return kStatusBadArgument;
+  HostImage* inputImage = context->InputImage(0);
+  HostImage* outputImage = context->OutputImage();
+  if (!inputImage || !outputImage) return kStatusBadArgument;
+  const ImageFacts input(*inputImage), output(*outputImage);
 
-  const int64_t inputBytes = BytesOf(*input);
-  if (inputBytes != 0 &&
-      (inputBytes < 0 || !input->Data() || IsBadReadPtr(input->Data(), static_cast<size_t>(inputBytes)))) {
-    return kStatusUnusable;
-  }
-  const int64_t outputBytes = BytesOf(*output);
-  if (outputBytes < 0 || !output->Data() || IsBadWritePtr(output->Data(), static_cast<size_t>(outputBytes))) {
-    return kStatusUnusable;
-  }
+  if (input.Bytes() != 0 && (!input.HasData() || IsBadReadPtr(input.data, input.Size()))) return kStatusUnusable;
+  if (!output.HasData() || IsBadWritePtr(output.data, output.Size())) return kStatusUnusable;
   if (!filter_) return kStatusUnusable;
-  const int32_t failed = filter_->Render(input->Data(), input->Width(), input->Height(), input->Step(), 0, 0, 0, 0,
-                                         output->Data(), output->Width(), output->Height(), output->Step());
-  return failed ? kStatusUnusable : kStatusOk;
+  try {
+    const int32_t failed = filter_->Render(input.data, input.width, input.height, input.step, 0, 0, 0, 0, output.data,
+                                           output.width, output.height, output.step);
+    return failed ? kStatusUnusable : kStatusOk;
+  } catch (const std::exception&) {
+    return kStatusUnusable;
+  }
 }
 
 }  // namespace vizcore

@@ -1,7 +1,9 @@
 #include "kvx/exports.h"
 
+#include <exception>
 #include <memory>
 #include <new>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,13 +22,12 @@ using vizcore::SuiteStore;
 
 namespace {
 
-// What an export says when memory runs out: its callers need not be C++. Other exceptions, those of a malformed
-// catalogue, pass through.
+// What an export says when a library below it throws: its callers need not be C++.
 template <typename Operation>
-int32_t UnusableWithoutMemory(Operation operation) {
+int32_t UnusableIfItThrows(Operation operation) {
   try {
     return operation();
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {
     return kStatusUnusable;
   }
 }
@@ -39,20 +40,31 @@ int32_t RegisterByIndex(int32_t index, HostEffectRegistrar* registrar) {
   return vizcore::RegisterEffect(info, *registrar);
 }
 
+// What a malformed catalogue raises passes through; the rest is a status.
 int32_t RegisterFromDirectory(const char* path, HostEffectRegistrar* registrar) {
+  if (!path) return kStatusBadArgument;
   PureCFilter::GetInstance();
   HostUtilSuite* host = SuiteStore::Get().hostUtil;
-  const std::vector<std::shared_ptr<NLEFilterInfo>> infos = vizcore::ScanFilterDirectory(host, path);
-  if (infos.empty()) {
-    Log(host, kHostLogError, "Register PureCFilter Failed: %s", path);
-    return kStatusBadArgument;
+  std::vector<std::shared_ptr<NLEFilterInfo>> infos;
+  try {
+    infos = vizcore::ScanFilterDirectory(host, path);
+  } catch (const std::bad_alloc&) {
+    return kStatusUnusable;
+  } catch (const std::runtime_error&) {
+    return kStatusUnusable;
   }
-  if (!registrar) return kStatusBadArgument;
-  return vizcore::RegisterEffect(infos.front(), *registrar);
+  return UnusableIfItThrows([&] {
+    if (infos.empty()) {
+      Log(host, kHostLogError, "Register PureCFilter Failed: %s", path);
+      return kStatusBadArgument;
+    }
+    if (!registrar) return kStatusBadArgument;
+    return vizcore::RegisterEffect(infos.front(), *registrar);
+  });
 }
 
 int32_t CreateEffect(const char* guid, int32_t reserved, KVXEffect** effect) {
-  if (reserved != 0) return kStatusBadArgument;
+  if (reserved != 0 || !guid || !effect) return kStatusBadArgument;
   HostUtilSuite* host = SuiteStore::Get().hostUtil;
   PureCFilter* registry = PureCFilter::GetInstance();
   const std::shared_ptr<NLEFilterInfo> info = registry ? registry->GetNLEFilterInfoByName(guid) : nullptr;
@@ -72,9 +84,10 @@ int32_t CreateEffect(const char* guid, int32_t reserved, KVXEffect** effect) {
 }  // namespace
 
 int32_t StartupKVX(HostStartupRecord* host, PluginStartupInfo* info) {
-  SuiteStore::Get().Acquire(*host->provider);
+  if (host && host->provider) SuiteStore::Get().Acquire(*host->provider);
   PureCFilter* registry = PureCFilter::GetInstance();
   if (registry) registry->LoadFilters();
+  if (!info) return kStatusOk;
   *info = {1,
            1,
            "PureCPluginFilter",
@@ -92,15 +105,15 @@ int32_t ShutdownKVX() {
 }
 
 int32_t RegisterKVXEffect(int32_t index, HostEffectRegistrar* registrar) {
-  return UnusableWithoutMemory([&] { return RegisterByIndex(index, registrar); });
+  return UnusableIfItThrows([&] { return RegisterByIndex(index, registrar); });
 }
 
 int32_t RegisterKVXEffectFromConfPath(const char* path, HostEffectRegistrar* registrar) {
-  return UnusableWithoutMemory([&] { return RegisterFromDirectory(path, registrar); });
+  return RegisterFromDirectory(path, registrar);
 }
 
 int32_t CreateKVXEffect(const char* guid, int32_t reserved, KVXEffect** effect) {
-  return UnusableWithoutMemory([&] { return CreateEffect(guid, reserved, effect); });
+  return UnusableIfItThrows([&] { return CreateEffect(guid, reserved, effect); });
 }
 
 int32_t ReleaseKVXEffect(KVXEffect* effect) {

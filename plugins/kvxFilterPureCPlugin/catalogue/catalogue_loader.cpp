@@ -2,10 +2,10 @@
 
 #include <tinyxml2.h>
 
-#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "catalogue/filter_parser.h"
@@ -106,17 +106,17 @@ struct Scan {
   json& array;
   bool recordDataPath;
   bool subsetOnly;
-  std::vector<DirectoryId> above;  // the directories that lead here: a link back to one of them is not followed
+  std::set<DirectoryId> seen;  // by whatever links a directory is reached, it is walked once
 
-  // 0 if a filter of the directory itself was added, 1 if not, 5 if the directory cannot be read.
+  // 0 if a filter of the directory itself was added, 1 if not, 5 if the directory cannot be read or was seen before.
   int32_t Directory(const std::string& path);
 };
 
 int32_t Scan::Directory(const std::string& path) {
-  const std::optional<std::vector<DirectoryEntry>> entries = ListDirectory(path);
   const std::optional<DirectoryId> id = IdentifyDirectory(path);
-  if (!entries || !id || std::find(above.begin(), above.end(), *id) != above.end()) return 5;
-  above.push_back(*id);
+  if (!id || !seen.insert(*id).second) return 5;
+  const std::optional<std::vector<DirectoryEntry>> entries = ListDirectory(path);
+  if (!entries) return 5;
   const std::string base = path + "/";
   std::string configFile;
   std::string xmlFile;
@@ -131,7 +131,6 @@ int32_t Scan::Directory(const std::string& path) {
       xmlFile = base + entry.name;
     }
   }
-  above.pop_back();
   if (configFile.empty()) return 1;
   if (!xmlFile.empty()) {
     // The configuration file seen here is then only a marker: the XML file names the one that counts.

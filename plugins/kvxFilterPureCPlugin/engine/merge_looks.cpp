@@ -8,6 +8,7 @@
 #include "engine/merge_routines.h"
 #include "framework/numeric.h"
 #include "framework/pixel_kernels.h"
+#include "platform/workers.h"
 
 // All of this file is compiled once for each vector target; its loops are plain, so that all give the same bytes.
 #undef HWY_TARGET_INCLUDE
@@ -152,7 +153,7 @@ int32_t OldPhoto(EngineRecord& record, const EngineImage& frame, const EngineIma
   const size_t step = static_cast<size_t>(frame.stepBytes);
   const cv::Mat sharp(frame.height, frame.width, CV_8UC4, work, step);
   cv::Mat blurred(frame.height, frame.width, CV_8UC4, frame.pixels, step);
-  cv::GaussianBlur(sharp, blurred, cv::Size(3, 3), 10.0, 10.0, cv::BORDER_REFLECT_101);
+  WithWorkers([&] { cv::GaussianBlur(sharp, blurred, cv::Size(3, 3), 10.0, 10.0, cv::BORDER_REFLECT_101); });
   Curve tone;
   for (int32_t i = 0; i < 256; ++i) tone[i] = static_cast<uint8_t>((std::clamp(i, 50, 200) - 50) * 255 / 150);
   const int32_t width = frame.width;

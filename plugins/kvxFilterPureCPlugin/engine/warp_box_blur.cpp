@@ -3,6 +3,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "engine/warp_routines.h"
+#include "platform/workers.h"
 
 namespace {
 
@@ -35,7 +36,9 @@ int32_t BoxBlur(EngineRecord&, const EngineImage& frame, const EngineImage& copy
   if (region.width < 2 || region.height < 2) region = {0, 0, frame.width, frame.height};
   if (region.width < frame.width || region.height < frame.height) MatOf(copy).copyTo(MatOf(frame));
   cv::Mat blurred = MatOf(frame)(region);
-  cv::boxFilter(MatOf(copy)(region), blurred, -1, {side, side}, {-1, -1}, true, cv::BORDER_REFLECT_101);
+  WithWorkers([&] {
+    cv::boxFilter(MatOf(copy)(region), blurred, -1, {side, side}, {-1, -1}, true, cv::BORDER_REFLECT_101);
+  });
   return kEngineDone;
 }
 

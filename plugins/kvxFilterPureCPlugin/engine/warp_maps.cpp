@@ -14,6 +14,14 @@ struct Place {
   int32_t y;
 };
 
+// A place has 16 bits for its row and 16 for its column.
+constexpr int32_t kLongestSide = 1 << 16;
+
+// a * b / c, with as many bits as the product of two sides needs.
+int32_t Scaled(int64_t a, int32_t b, int32_t c) {
+  return static_cast<int32_t>(a * b / c);
+}
+
 double Distance(int32_t dx, int32_t dy) {
   return std::sqrt(static_cast<double>(static_cast<int64_t>(dx) * dx + static_cast<int64_t>(dy) * dy));
 }
@@ -38,7 +46,7 @@ int32_t DrawByMap(EngineRecord& record, const EngineImage& frame, const EngineIm
   const int32_t width = frame.width;
   const int32_t height = frame.height;
   const int64_t bytes = static_cast<int64_t>(width) * height * 4;
-  if (bytes > INT32_MAX) return kEngineNoScratch;
+  if (bytes > INT32_MAX || std::max(width, height) > kLongestSide) return kEngineNoScratch;
   auto* map = reinterpret_cast<uint32_t*>(EnsureTable(record, static_cast<int32_t>(bytes), flags));
   if (!map) return kEngineNoScratch;
   if (record.dirtyFlags & flags) {
@@ -75,7 +83,7 @@ int32_t Tunnel(EngineRecord& record, const EngineImage& frame, const EngineImage
     const int32_t dy = y - cy;
     const int32_t d = Trunc32(Distance(dx, dy));
     if (d <= radius) return {x, y};
-    const int64_t index = static_cast<int64_t>(cy + radius * dy / d) * width + cx + radius * dx / d;
+    const int64_t index = static_cast<int64_t>(cy + Scaled(radius, dy, d)) * width + cx + Scaled(radius, dx, d);
     const int64_t limited = std::clamp<int64_t>(index, 0, static_cast<int64_t>(width) * height - 1);
     return {static_cast<int32_t>(limited % width), static_cast<int32_t>(limited / width)};
   });
@@ -91,7 +99,7 @@ int32_t Enlarge(EngineRecord& record, const EngineImage& frame, const EngineImag
     const int32_t dx = x - center.x;
     const int32_t dy = bottom - y - center.y;
     const int32_t d = Trunc32(Distance(dx, dy)) + near;
-    return {center.x + dx * d / total, bottom - (center.y + dy * d / total)};
+    return {center.x + Scaled(dx, d, total), bottom - (center.y + Scaled(dy, d, total))};
   });
 }
 

@@ -10,6 +10,7 @@
 #include "engine/engine_internal.h"
 #include "engine/wear_tables.h"
 #include "framework/zeroed_array.h"
+#include "platform/workers.h"
 
 namespace {
 
@@ -36,7 +37,7 @@ void LaySpots(const EngineImage& image, std::vector<uint8_t> spots) {
   const cv::Mat mask(kMaskHeight, kMaskWidth, CV_8UC1, spots.data());
   const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(PixelCount(image.width, image.height));
   cv::Mat fitted(image.height, image.width, CV_8UC1, bytes.get());
-  cv::resize(mask, fitted, fitted.size(), 0, 0, cv::INTER_LINEAR);
+  WithWorkers([&] { cv::resize(mask, fitted, fitted.size(), 0, 0, cv::INTER_LINEAR); });
   const std::vector<uint8_t> clean(static_cast<size_t>(image.width), 255);
   for (int32_t y = 0; y < image.height; ++y) {
     uint8_t* p = image.Row(y);

@@ -3,6 +3,7 @@
 #define KVX_FRAMEWORK_PARALLEL_H_
 
 #include <opencv2/core/utility.hpp>
+#include <stdexcept>
 
 #if defined(__SANITIZE_THREAD__)
 
@@ -27,16 +28,20 @@ class OrderedLoopBody : public cv::ParallelLoopBody {
   const cv::ParallelLoopBody& body_;
 };
 
-inline void ParallelFor(const cv::Range& range, const cv::ParallelLoopBody& body, double stripes = -1.0) {
-  cv::parallel_for_(range, OrderedLoopBody(body), stripes);
-}
-
 #else
 
-inline void ParallelFor(const cv::Range& range, const cv::ParallelLoopBody& body, double stripes = -1.0) {
-  cv::parallel_for_(range, body, stripes);
-}
+using OrderedLoopBody = const cv::ParallelLoopBody&;
 
 #endif
+
+// A loop whose turns do not read what others, or they themselves, write. If a worker thread cannot be started, which
+// comes as std::runtime_error from below OpenCV, the calling thread goes through all of it alone.
+inline void ParallelFor(const cv::Range& range, const cv::ParallelLoopBody& body, double stripes = -1.0) {
+  try {
+    cv::parallel_for_(range, OrderedLoopBody(body), stripes);
+  } catch (const std::runtime_error&) {
+    body(range);
+  }
+}
 
 #endif  // KVX_FRAMEWORK_PARALLEL_H_

@@ -71,6 +71,7 @@ std::optional<std::string> ReadFile(const std::string& path) {
   const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(native.c_str(), "rb"));
   if (!file) return std::nullopt;
   std::string content;
+  content.reserve(static_cast<size_t>(info.st_size));
   char block[65536];
   while (const size_t count = std::fread(block, 1, sizeof block, file.get())) {
     content.append(block, count);

@@ -6,6 +6,7 @@
 
 #include "codecs/picture.h"
 #include "platform/files.h"
+#include "platform/workers.h"
 
 using kvx::DecodePicture;
 using kvx::Picture;
@@ -93,7 +94,7 @@ int32_t QK_ImageStretch(const QKImage* from, QKImage* onto, int32_t mode) {
       target.pixels = source.pixels;
     } else {
       cv::Mat out = View(target);
-      cv::resize(View(source), out, out.size(), 0, 0, grows ? cv::INTER_LINEAR : cv::INTER_AREA);
+      WithWorkers([&] { cv::resize(View(source), out, out.size(), 0, 0, grows ? cv::INTER_LINEAR : cv::INTER_AREA); });
     }
     return 1;
   } catch (const std::exception&) {  // no memory: no half-made picture is left to be taken for the whole

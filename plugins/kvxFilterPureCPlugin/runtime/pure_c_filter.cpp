@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <opencv2/core.hpp>
+#include <exception>
+#include <functional>
 #include <string_view>
 #include <utility>
 
@@ -31,6 +31,16 @@ std::string NameOf(const NLEFilterParams& params, size_t size) {
 int32_t LowWordOfTrunc64(double value) {
   constexpr double kLimit = 9223372036854775808.0;
   return value >= -kLimit && value < kLimit ? static_cast<int32_t>(static_cast<int64_t>(value)) : 0;
+}
+
+// Effects count the bytes of a frame in 32 bits. Rows without a pixel are gone through, too.
+bool IsBeyondEffects(int32_t width, int32_t height) {
+  return int64_t{std::max(width, 1)} * std::max(height, 1) > INT32_MAX / 4;
+}
+
+bool Overlap(const uint8_t* a, size_t sizeA, const uint8_t* b, size_t sizeB) {
+  const std::less<> before;
+  return before(a, b + sizeB) && before(b, a + sizeA);
 }
 
 // Kind and values by the processor's parameter type.
@@ -197,6 +207,7 @@ int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight
     frameHeight_ = dstHeight;
   }
   if (!factory_ || dstWidth < 0 || dstHeight < 0 || static_cast<int64_t>(dstStep) < int64_t{dstWidth} * 4) return 1;
+  if (IsBeyondEffects(dstWidth, dstHeight)) return 1;
   if (!processor_) {
     CBaseFilterProc* made = nullptr;
     if (!factory_(record_->effectId, static_cast<uint32_t>(dstWidth), static_cast<uint32_t>(dstHeight), &made) ||
@@ -207,27 +218,28 @@ int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight
   }
 
   // A processor reads its source as if it had the destination's size. A smaller one is continued with its last row, so
-  // that nothing is read behind it; what lies within is read as it came.
+  // that nothing is read behind it; what lies within is read as it came. Nor does a processor expect its source to
+  // change while it writes: where the two share memory it gets a copy.
   const size_t given = srcHeight > 0 && srcStep > 0 ? static_cast<size_t>(srcStep) * static_cast<size_t>(srcHeight) : 0;
   const int32_t step = given > 0 ? srcStep : dstWidth * 4;
   const size_t wanted = static_cast<size_t>(std::max(step, dstWidth * 4)) * static_cast<size_t>(dstHeight);
+  if (given < wanted && wanted > INT32_MAX) return 1;  // a step that only claims to be one
   const ParamValueArray values = GatherValues();
   uint8_t* frame = src;
   try {
-    if (given < wanted) {
-      paddedSource_.assign(wanted, 0);
+    if (given < wanted || Overlap(src, given, dst, static_cast<size_t>(dstStep) * static_cast<size_t>(dstHeight))) {
+      ownSource_.assign(std::max(given, wanted), 0);
       if (given > 0) {
-        std::memcpy(paddedSource_.data(), src, given);
+        std::memcpy(ownSource_.data(), src, given);
         const size_t row = static_cast<size_t>(srcStep);
-        for (size_t at = given; at < wanted; ++at) paddedSource_[at] = paddedSource_[at - row];
+        for (size_t at = given; at < wanted; at += row) {
+          std::memcpy(&ownSource_[at], &ownSource_[at - row], std::min(row, wanted - at));
+        }
       }
-      frame = paddedSource_.data();
+      frame = ownSource_.data();
     }
     RunProcessor(frame, dst, step, dstStep, values);
-  } catch (const std::bad_alloc&) {
-    return 1;
-  } catch (const cv::Exception& error) {
-    if (error.code != cv::Error::StsNoMem) throw;
+  } catch (const std::exception&) {
     return 1;
   }
 

@@ -36,8 +36,9 @@ class NLEPureCFilter {
   bool GetParamValue(const std::string& name, NLEParamValue& out) const;
 
   // One source frame to one destination frame, steps in bytes. The processor is made for the destination's size; a new
-  // size makes a new processor, and what the old one remembered is lost. 0, or 1 for failure, for which a processor
-  // that runs out of memory counts; what it has written by then stands.
+  // size makes a new processor, and what the old one remembered is lost. Source and destination may share memory. 0, or
+  // 1 for failure, for which a processor that throws, for lack of memory say, counts; what it has written by then
+  // stands.
   int32_t Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight, int32_t srcStep, int32_t reserved0,
                  int32_t reserved1, int32_t reserved2, int32_t reserved3, uint8_t* dst, int32_t dstWidth,
                  int32_t dstHeight, int32_t dstStep);
@@ -58,7 +59,7 @@ class NLEPureCFilter {
   int32_t totalFrames_ = 0;
   int32_t currentFrame_ = 0;
   uint8_t productTable_[256][256];  // a * b / 255 cut; part of the class, though nothing reads it
-  std::vector<uint8_t> paddedSource_;
+  std::vector<uint8_t> ownSource_;  // the source, where the one given will not do
 };
 
 }  // namespace vizcore

@@ -1,4 +1,4 @@
-#include <new>
+#include <exception>
 
 #include "framework/factory/effect_table.h"
 #include "kvx/exports.h"
@@ -17,7 +17,7 @@ int32_t FindEffectByID(int32_t id, uint32_t width, uint32_t height, CBaseFilterP
   try {
     *processor = row->make(*row, static_cast<int32_t>(width), static_cast<int32_t>(height));
     return 1;
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {
     return 0;
   }
 }

@@ -141,9 +141,10 @@ class KVXEffect {
   virtual ~KVXEffect() = default;
   virtual int32_t Reserved1() { return 0; }
   virtual int32_t Reserved2() { return 0; }
-  // Fetches frame numbers and parameter values. Always 0.
+  // Fetches frame numbers and parameter values. Always 0; without a context nothing happens.
   virtual int32_t Prepare(HostRenderContext* context) = 0;
-  // Renders input image 0 to the output image. 0; 2 without an image; 4 for unusable memory or a failed filter.
+  // Renders input image 0 to the output image; the two may share memory. 0; 2 without a context or an image; 4 for
+  // unusable memory, a frame of more than 2 GiB or a failed filter.
   virtual int32_t Render(HostRenderContext* context) = 0;
   virtual int32_t Reserved5() { return 0; }
   virtual int32_t Reserved6() { return 0; }
