@@ -52,15 +52,24 @@ kvx_package(libkvx-dev libdevel "kvx (= ${PROJECT_VERSION})" "headers for hosts 
   "This package holds the headers that a host of the plug-in includes and the"
   "files by which CMake finds it.")
 
-# CPack takes a plug-in in a folder below lib for a library and adds calls that do nothing for it.
-file(WRITE ${CMAKE_BINARY_DIR}/overrides/kvx "kvx: maintscript-calls-ldconfig\n")
-install(FILES ${CMAKE_BINARY_DIR}/overrides/kvx DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT kvx)
+# CPack calls ldconfig for every shared object, also for such as lie in folders where it does nothing.
+function(kvx_override_ldconfig name)
+  file(WRITE ${CMAKE_BINARY_DIR}/overrides/${name} "${name}: maintscript-calls-ldconfig\n")
+  install(FILES ${CMAKE_BINARY_DIR}/overrides/${name} DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+    COMPONENT ${name})
+endfunction()
+kvx_override_ldconfig(kvx)
 
 if(KVX_BUILD_C)
   list(APPEND CPACK_COMPONENTS_ALL libkvx0)
   kvx_package(libkvx0 libs "kvx (= ${PROJECT_VERSION})" "C library of the kvx video effects"
     "libkvx renders the effects of kvx on images in memory, from C and from every"
     "language that can call C.")
+  kvx_override_ldconfig(libkvx0)
+  file(WRITE ${CMAKE_BINARY_DIR}/libkvx0/shlibs "libkvx 0 libkvx0 (>= ${PROJECT_VERSION})\n")
+  file(WRITE ${CMAKE_BINARY_DIR}/libkvx0/triggers "activate-noawait ldconfig\n")
+  set(CPACK_DEBIAN_LIBKVX0_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_BINARY_DIR}/libkvx0/shlibs ${CMAKE_BINARY_DIR}/libkvx0/triggers)
 endif()
 if(TARGET kvx_python)
   list(APPEND CPACK_COMPONENTS_ALL python3-kvx)
@@ -82,8 +91,9 @@ if(KVX_BUILD_MLT)
 endif()
 if(KVX_BUILD_GEGL)
   list(APPEND CPACK_COMPONENTS_ALL gegl-kvx)
-  kvx_package(gegl-kvx graphics "kvx (= ${PROJECT_VERSION})" "GEGL operations of the kvx video effects"
+  kvx_package(gegl-kvx graphics "kvx (= ${PROJECT_VERSION}), python3" "GEGL operations of the kvx video effects"
     "One GEGL operation for every effect of kvx, and so for GIMP.")
+  kvx_override_ldconfig(gegl-kvx)
 endif()
 
 include(CPack)

@@ -21,7 +21,8 @@ extern "C" size_t __sanitizer_get_current_allocated_bytes();
 
 namespace {
 
-constexpr int kEffects = 242;
+// As many as there are in the table.
+const int kEffects = GetEffectsCounts();
 
 constexpr struct {
   int32_t width, height;
@@ -156,7 +157,7 @@ class Lifetime {
   LoadedPlugin plugin_;
   QuietProvider provider_;
   NumberRegistrar registrar_;
-  KVXEffect* effects_[kEffects] = {};
+  std::vector<KVXEffect*> effects_ = std::vector<KVXEffect*>(static_cast<size_t>(kEffects));
   std::vector<FrameBuffer> pictures_ = Frames(true), results_ = Frames(false);
 };
 

@@ -33,9 +33,9 @@ FrameClock::Slot FrameClock::Next(int64_t sourceStamp, int64_t sourceDuration) {
   const double tick = av_q2d(sourceTimeBase_);
   const double perTick = tick * av_q2d(rate_);
   // With a constant rhythm the first frame sets the beat: frames between two beats must not fall to either side by
-  // turns.
+  // turns. One that begins within the first beat has that beat: nothing was to be seen before it.
   const double firstBeat = static_cast<double>(sourceStamp) * perTick;
-  if (first_ && rhythm_ == Rhythm::kConstant) phase_ = firstBeat - std::round(firstBeat);
+  if (first_ && rhythm_ == Rhythm::kConstant) phase_ = firstBeat - (firstBeat < 1 ? 0 : std::round(firstBeat));
   const double beat = firstBeat - phase_;
   const bool first = std::exchange(first_, false);
   const auto nearest = static_cast<int64_t>(std::llround(beat));

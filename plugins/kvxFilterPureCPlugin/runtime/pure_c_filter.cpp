@@ -51,17 +51,17 @@ void FillFromDesc(NLEFilterParams& params, const FilterParamDesc& desc) {
     params.SetDefault(NLEParamValue::Of(convert(desc.defaultValue)));
   };
   switch (desc.type) {
-    case 0:
-    case 1:
+    case FilterParamDesc::kRanged:
+    case FilterParamDesc::kOnOff:
       fill(ParamKind::kInt32, Trunc32);
       break;
-    case 2:
+    case FilterParamDesc::kReal:
       fill(ParamKind::kDouble, [](double value) { return value; });
       break;
-    case 4:
+    case FilterParamDesc::kColor:
       fill(ParamKind::kInt32, LowWordOfTrunc64);
       break;
-    default:
+    default:  // a duration has no kind of its own
       params.SetKind(ParamKind::kNone);
       break;
   }
@@ -198,24 +198,46 @@ void NLEPureCFilter::RunProcessor(uint8_t* src, uint8_t* dst, int32_t srcStep, i
   processor_->Process(src, dst, srcStep, dstStep, &values);
 }
 
+// Lets the processor of another size go, and sees to it that there is one.
+bool NLEPureCFilter::MakeProcessor(int32_t width, int32_t height, int32_t step) {
+  if (width != frameWidth_ || height != frameHeight_) {
+    processor_.reset();
+    frameWidth_ = width;
+    frameHeight_ = height;
+  }
+  if (!factory_ || width < 0 || height < 0 || static_cast<int64_t>(step) < int64_t{width} * 4) return false;
+  if (IsBeyondEffects(width, height)) return false;
+  if (!processor_) {
+    CBaseFilterProc* made = nullptr;
+    if (!factory_(record_->effectId, static_cast<uint32_t>(width), static_cast<uint32_t>(height), &made)) return false;
+    processor_.reset(made);
+  }
+  return processor_ != nullptr;
+}
+
+// A copy of the `given` bytes of the source, continued with its last row up to the `wanted` bytes.
+uint8_t* NLEPureCFilter::CopySource(const uint8_t* src, size_t given, size_t step, size_t wanted) {
+  ownSource_.assign(std::max(given, wanted), 0);
+  if (given > 0) {
+    std::memcpy(ownSource_.data(), src, given);
+    for (size_t at = given; at < wanted; at += step) {
+      std::memcpy(&ownSource_[at], &ownSource_[at - step], std::min(step, wanted - at));
+    }
+  }
+  return ownSource_.data();
+}
+
+// From percent, rounded down to 255 steps.
+int32_t NLEPureCFilter::Opacity() const {
+  NLEParamValue value;
+  if (!GetParamValue("alpha", value)) return 255;
+  return static_cast<int32_t>(std::clamp<int64_t>(int64_t{value.AsInt32()} * 255 / 100, 0, 255 * 2));
+}
+
 int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight, int32_t srcStep, int32_t, int32_t,
                                int32_t, int32_t, uint8_t* dst, int32_t dstWidth, int32_t dstHeight, int32_t dstStep) {
   if (!src || !dst) return 1;
-  if (dstWidth != frameWidth_ || dstHeight != frameHeight_) {
-    processor_.reset();
-    frameWidth_ = dstWidth;
-    frameHeight_ = dstHeight;
-  }
-  if (!factory_ || dstWidth < 0 || dstHeight < 0 || static_cast<int64_t>(dstStep) < int64_t{dstWidth} * 4) return 1;
-  if (IsBeyondEffects(dstWidth, dstHeight)) return 1;
-  if (!processor_) {
-    CBaseFilterProc* made = nullptr;
-    if (!factory_(record_->effectId, static_cast<uint32_t>(dstWidth), static_cast<uint32_t>(dstHeight), &made) ||
-        !made) {
-      return 1;
-    }
-    processor_.reset(made);
-  }
+  if (!MakeProcessor(dstWidth, dstHeight, dstStep)) return 1;
 
   // A processor reads its source as if it had the destination's size. A smaller one is continued with its last row, so
   // that nothing is read behind it; what lies within is read as it came. Nor does a processor expect its source to
@@ -224,34 +246,23 @@ int32_t NLEPureCFilter::Render(uint8_t* src, int32_t srcWidth, int32_t srcHeight
   const int32_t step = given > 0 ? srcStep : dstWidth * 4;
   const size_t wanted = static_cast<size_t>(std::max(step, dstWidth * 4)) * static_cast<size_t>(dstHeight);
   if (given < wanted && wanted > INT32_MAX) return 1;  // a step that only claims to be one
+  const size_t dstBytes = static_cast<size_t>(dstStep) * static_cast<size_t>(dstHeight);
   const ParamValueArray values = GatherValues();
   uint8_t* frame = src;
   try {
-    if (given < wanted || Overlap(src, given, dst, static_cast<size_t>(dstStep) * static_cast<size_t>(dstHeight))) {
-      ownSource_.assign(std::max(given, wanted), 0);
-      if (given > 0) {
-        std::memcpy(ownSource_.data(), src, given);
-        const size_t row = static_cast<size_t>(srcStep);
-        for (size_t at = given; at < wanted; at += row) {
-          std::memcpy(&ownSource_[at], &ownSource_[at - row], std::min(row, wanted - at));
-        }
-      }
-      frame = ownSource_.data();
+    if (given < wanted || Overlap(src, given, dst, dstBytes)) {
+      frame = CopySource(src, given, static_cast<size_t>(step), wanted);
     }
     RunProcessor(frame, dst, step, dstStep, values);
   } catch (const std::exception&) {
     return 1;
   }
 
-  int32_t alpha = 255;
-  NLEParamValue value;
-  if (GetParamValue("alpha", value)) {
-    alpha = static_cast<int32_t>(std::clamp<int64_t>(int64_t{value.AsInt32()} * 255 / 100, 0, 255 * 2));
-  }
   // Background fills at full opacity are the only frames without the blend.
-  if (alpha < 255 || !IsBackgroundFillId(record_->effectId)) {
+  const int32_t opacity = Opacity();
+  if (opacity < 255 || !IsBackgroundFillId(record_->effectId)) {
     const int32_t width = std::min({srcWidth, dstWidth, srcStep / 4});
-    AlphaBlendFrame(dst, dstStep, dst, dstStep, frame, srcStep, std::clamp(alpha, 0, 255), width,
+    AlphaBlendFrame(dst, dstStep, dst, dstStep, frame, srcStep, std::clamp(opacity, 0, 255), width,
                     std::min(srcHeight, dstHeight));
   }
   return 0;

@@ -47,6 +47,9 @@ class NLEPureCFilter {
   void DescribeByProcessor(CBaseFilterProc& processor, int32_t& paramCount);
   void AddParam(std::shared_ptr<NLEFilterParams> params, const std::string& name, int32_t& paramCount);
   ParamValueArray GatherValues();
+  bool MakeProcessor(int32_t width, int32_t height, int32_t step);
+  uint8_t* CopySource(const uint8_t* src, size_t given, size_t step, size_t wanted);
+  int32_t Opacity() const;
   void RunProcessor(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray& values);
 
   std::unique_ptr<CBaseFilterProc> processor_;

@@ -62,9 +62,12 @@ static_assert(offsetof(HostParamValue, host) == 16);
 
 // One parameter as a processor describes it. The caller zeroes the record first.
 struct FilterParamDesc {
+  // kDuration counts milliseconds, kColor is 0xRRGGBB.
+  enum Type : int32_t { kRanged = 0, kOnOff = 1, kReal = 2, kDuration = 3, kColor = 4 };
+
   int32_t index;
   char16_t name[32];  // NUL-terminated
-  int32_t type;       // 0 ranged value, 1 on or off, 2 real value, 3 a duration in milliseconds, 4 a colour 0xRRGGBB
+  int32_t type;
   double minimum;
   double defaultValue;  // the processor's current state: after a frame, the value of that frame
   double maximum;
