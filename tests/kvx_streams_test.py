@@ -96,6 +96,17 @@ class Streams(KvxTest):
                              check=True, stdout=subprocess.PIPE).stdout
         return array.array("h", raw)
 
+    def test_tags_that_a_container_drops_without_a_word_are_named(self):
+        self.clip("a.mkv", "-c:v", "mpeg4", "-c:a", "aac", "-metadata", "artist=Me", "-metadata", "mood=calm",
+                  "-metadata:s:a", "language=fre")
+        self.assertEqual(self.invert("a.mkv", "o.mkv").notes, "")
+        notes = self.invert("a.mkv", "o.mp4").notes
+        self.assertIn("does not keep: MOOD\n", notes)
+        self.assertNotIn("language", notes)
+        notes = self.invert("a.mkv", "o.mov").notes
+        self.assertIn("language (fre)", notes)
+        self.assertNotIn("MOOD", notes)
+
     def test_covers_and_timecodes(self):
         self.kvx("render", "Invert", "demo", "cover.png", "--size", "32x32")
         self.clip("plain.mp4", "-c:v", "mpeg4", "-timecode", "01:02:03:04", sound=False)

@@ -13,6 +13,10 @@ class Time(KvxTest):
             self.assertAlmostEqual(times[-1], (count - 1) * 1001 / 24000, delta=0.002, msg=ending)
         self.invert("a.mp4", "p.mkv", "--codec", "mpeg2video")
         self.assertEqual(len(self.times("p.mkv")), count)
+        # Sound that begins a little earlier adds no frame.
+        self.ffmpeg("-i", "a.mp4", "-c", "copy", "-output_ts_offset", 0.023, "late.mkv")
+        self.invert("late.mkv", "late.avi")
+        self.assertEqual(len(self.times("late.avi")), count)
         # A rate that a codec does not know becomes its nearest; what is shown when stays.
         self.invert("demo", "q.mpg", "--frames", 10, "--fps", 10, "--size", "64x36")
         self.assertAlmostEqual(self.times("q.mpg")[-1], 1, delta=0.11)

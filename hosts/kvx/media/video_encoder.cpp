@@ -303,7 +303,7 @@ void VideoEncoder::Finish(const Sink& sink) {
   Send(nullptr, sink);
   const int64_t repeated = clock_.Repeated() + repeats;
   if (repeated > 0 || clock_.LeftOut() > 0) {
-    Note(fmt::format("{} wants a constant rate: {} frames were repeated, {} left out", encoder_.name, repeated,
+    Note(fmt::format("{} wants a constant rate: frames repeated {}, left out {}", encoder_.name, repeated,
                      clock_.LeftOut()));
   }
 }

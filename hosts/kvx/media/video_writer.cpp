@@ -7,6 +7,7 @@
 
 #include "hostkit/error.h"
 #include "hosts/kvx/media/container_fit.h"
+#include "hosts/kvx/media/kept_tags.h"
 #include "hosts/kvx/notes.h"
 
 namespace kvx {
@@ -146,6 +147,7 @@ void VideoWriter::CloseContainer() {
 void VideoWriter::Finish() {
   if (!encoder_.IsOpen()) throw Error("there are no frames to write");
   CloseContainer();
+  if (media_) NoteLostTags(*container_, KeepsOf(*container_->oformat), file_.TemporaryPath());
   file_.Commit();
 }
 

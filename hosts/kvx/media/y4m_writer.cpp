@@ -89,8 +89,8 @@ void Y4mWriter::Write(const Frame& frame) {
 void Y4mWriter::Finish() {
   for (int64_t i = clock_.RepeatsAtEnd(); i > 0 && yuv_; --i) PutFrame();
   if (clock_.LeftOut() > 0 || clock_.Repeated() > 0) {
-    Note(fmt::format("Y4M wants a constant rate: {} frames were repeated, {} left out", clock_.Repeated(),
-                     clock_.LeftOut()));
+    Note(
+        fmt::format("Y4M wants a constant rate: frames repeated {}, left out {}", clock_.Repeated(), clock_.LeftOut()));
   }
   FlushStandardOutput();
   if (!yuv_) throw Error("there are no frames to write");
