@@ -10,7 +10,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # else it stands before that of every component
-set(CPACK_COMPONENTS_ALL kvx libkvx-dev)
+set(CPACK_COMPONENTS_ALL kvx kvx-data libkvx-dev)
 
 # kvx_package(NAME SECTION DEPENDS SUMMARY TEXT...): what Debian is told of a component. Every package has the copyright and
 # the changelog where they belong. Lines of the text are at most 79 characters long.
@@ -38,15 +38,24 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/copyright.in ${CMAKE_BINARY_DIR}/copyri
 configure_file(${CMAKE_CURRENT_LIST_DIR}/changelog.in ${CMAKE_BINARY_DIR}/changelog @ONLY)
 execute_process(COMMAND gzip -9nf ${CMAKE_BINARY_DIR}/changelog)
 
-kvx_package(kvx video "" "video effects on pictures, sequences and videos"
+set(kvx_data "kvx-data (= ${PROJECT_VERSION})")
+kvx_package(kvx video "${kvx_data}" "video effects on pictures, sequences and videos"
   "kvx runs more than two hundred video effects on the CPU: colour looks, film"
   "wear, stylisation, distortions, overlays, time-driven layouts, generators and"
   "background fills. It reads and writes pictures, numbered sequences, videos and"
   "pipes, and keeps their sound, subtitles and metadata."
   "."
-  "This package holds the command, the plug-in that a host can load by itself, and"
-  "the materials of the effects.")
-kvx_package(libkvx-dev libdevel "kvx (= ${PROJECT_VERSION})" "headers for hosts of the kvx video effects"
+  "This package holds the command.")
+kvx_package(kvx-data video "" "effects and materials of the kvx video effects"
+  "kvx is a library of video effects that run on the CPU, behind one plug-in."
+  "."
+  "This package holds what every program with these effects needs: the plug-in,"
+  "which a host can also load by itself, its catalogue and the materials.")
+set(kvx_dev_needs "${kvx_data}")
+if(KVX_BUILD_C)
+  string(APPEND kvx_dev_needs ", libkvx0 (= ${PROJECT_VERSION})")
+endif()
+kvx_package(libkvx-dev libdevel "${kvx_dev_needs}" "headers for hosts of the kvx video effects"
   "kvx is a library of video effects that run on the CPU, behind one plug-in."
   "."
   "This package holds the headers that a host of the plug-in includes and the"
@@ -58,11 +67,11 @@ function(kvx_override_ldconfig name)
   install(FILES ${CMAKE_BINARY_DIR}/overrides/${name} DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
     COMPONENT ${name})
 endfunction()
-kvx_override_ldconfig(kvx)
+kvx_override_ldconfig(kvx-data)
 
 if(KVX_BUILD_C)
   list(APPEND CPACK_COMPONENTS_ALL libkvx0)
-  kvx_package(libkvx0 libs "kvx (= ${PROJECT_VERSION})" "C library of the kvx video effects"
+  kvx_package(libkvx0 libs "${kvx_data}" "C library of the kvx video effects"
     "libkvx renders the effects of kvx on images in memory, from C and from every"
     "language that can call C.")
   kvx_override_ldconfig(libkvx0)
@@ -80,18 +89,18 @@ if(TARGET kvx_python)
 endif()
 if(KVX_BUILD_GSTREAMER)
   list(APPEND CPACK_COMPONENTS_ALL gstreamer1.0-kvx)
-  kvx_package(gstreamer1.0-kvx libs "kvx (= ${PROJECT_VERSION})" "GStreamer elements of the kvx video effects"
+  kvx_package(gstreamer1.0-kvx libs "${kvx_data}" "GStreamer elements of the kvx video effects"
     "One GStreamer element for every effect of kvx, with keyframes and presets.")
 endif()
 if(KVX_BUILD_MLT)
   list(APPEND CPACK_COMPONENTS_ALL libmlt-kvx)
-  kvx_package(libmlt-kvx libs "kvx (= ${PROJECT_VERSION})" "MLT filters of the kvx video effects"
+  kvx_package(libmlt-kvx libs "${kvx_data}" "MLT filters of the kvx video effects"
     "One MLT filter for every effect of kvx, with keyframes, and what Kdenlive wants"
     "to know of them.")
 endif()
 if(KVX_BUILD_GEGL)
   list(APPEND CPACK_COMPONENTS_ALL gegl-kvx)
-  kvx_package(gegl-kvx graphics "kvx (= ${PROJECT_VERSION}), python3" "GEGL operations of the kvx video effects"
+  kvx_package(gegl-kvx graphics "${kvx_data}, python3" "GEGL operations of the kvx video effects"
     "One GEGL operation for every effect of kvx, and so for GIMP.")
   kvx_override_ldconfig(gegl-kvx)
 endif()

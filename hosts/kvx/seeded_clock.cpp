@@ -35,7 +35,8 @@ extern "C" __attribute__((visibility("default"))) std::time_t time(std::time_t* 
     clock_gettime(CLOCK_REALTIME_COARSE, &real);
     now = real.tv_sec;
   } else {
-    now = static_cast<std::time_t>(static_cast<uint32_t>(first) + kvx::t_clipSecond);
+    const uint32_t second = static_cast<uint32_t>(first) + kvx::t_clipSecond;  // goes round
+    now = second;
   }
   if (out) *out = now;
   return now;

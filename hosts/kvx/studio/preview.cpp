@@ -158,7 +158,7 @@ void Previewer::RenderIn(Lane& lane, const Project& project, int64_t frame, Fram
   int64_t steps = 0;
   const auto source = [&](int64_t number) {
     ++steps;
-    const SharedFrame found =
+    SharedFrame found =
         asItIs ? clip_.At(number, stopped) : clip_.Scaled(number, size, project.pad.has_value(), stopped);
     if (found->number == number) return found;
     // A picture stands for all its frames.

@@ -128,7 +128,7 @@ std::string SuggestName(const Project& project, const Clip& clip) {
                      (ending == ".mkv" || ending == ".mov" || ending == ".webm" || ending == ".avi");
   const std::string suffix = still ? ".png" : IsSequence(clip.Input()) ? "_%04d.png" : keeps ? ending : ".mp4";
   for (int number = 1;; ++number) {
-    const std::string name = stem + (number == 1 ? "" : fmt::format("-{}", number)) + suffix;
+    std::string name = stem + (number == 1 ? "" : fmt::format("-{}", number)) + suffix;
     const bool taken = IsSequence(name) ? SequenceExists(clip.Folder(), name) : Exists(fs::path(clip.Folder()) / name);
     if (!taken) return name;
   }

@@ -297,7 +297,7 @@ Project StudioServer::ParseProject(const ordered_json& value) const {
 }
 
 std::shared_ptr<Page> StudioServer::PageOf(const Request& request) {
-  const std::shared_ptr<Page> page = pages_.Find(request.get_param_value("page"));
+  std::shared_ptr<Page> page = pages_.Find(request.get_param_value("page"));
   if (!page) throw UsageError("too many pages are open, or this one has no name");
   return page;
 }

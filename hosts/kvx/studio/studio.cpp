@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
@@ -10,8 +11,6 @@
 
 #include "hosts/kvx/studio/clip.h"
 #include "hosts/kvx/studio/server.h"
-
-extern char** environ;
 
 namespace kvx {
 

@@ -248,7 +248,7 @@ void Frosted(FrameView image, const FillInput& input) {
   Copy copy(image);
   const FrameView from = copy.View();
   for (int32_t y = 0; y < image.height; ++y) {
-    const int32_t* distances = &grain[static_cast<size_t>(y / cell % kGrainSide * kGrainSide)];
+    const int32_t* distances = &grain[static_cast<size_t>(y / cell % kGrainSide) * kGrainSide];
     uint8_t* out = image.Row(y);
     for (int32_t x = 0; x < image.width; ++x) {
       const int32_t d = distances[x / cell % kGrainSide];
@@ -261,7 +261,7 @@ void Noise(FrameView image, const FillInput& input) {
   const int32_t cell = std::max(image.height / 150, 1);
   const Grain grain = DrawNoise(Trunc32(double{input.level} * 256));
   for (int32_t y = 0; y < image.height; ++y) {
-    const int32_t* offsets = &grain[static_cast<size_t>(y / cell % kGrainSide * kGrainSide)];
+    const int32_t* offsets = &grain[static_cast<size_t>(y / cell % kGrainSide) * kGrainSide];
     uint8_t* p = image.Row(y);
     for (int32_t x = 0; x < image.width; ++x) AddToColor(p + 4 * x, offsets[x / cell % kGrainSide]);
   }
