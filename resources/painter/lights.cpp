@@ -80,7 +80,7 @@ void Bokeh(Canvas& canvas, int count, float minRadius, float maxRadius, float st
   for (int i = 0; i < count; ++i) {
     const float x = dice.Next() * static_cast<float>(canvas.cols), y = dice.Next() * static_cast<float>(canvas.rows);
     const float radius = Mix(minRadius, maxRadius, std::pow(dice.Next(), 1.6f));
-    const Color color = colors[static_cast<size_t>(dice.Below(static_cast<int>(colors.size())))];
+    const Color& color = colors[static_cast<size_t>(dice.Below(static_cast<int>(colors.size())))];
     const float power = strength * dice.Between(0.35f, 1);
     StampAt(canvas, x, y, radius * 1.05f, [&](Pixel& p, float dx, float dy) {
       const float d = std::hypot(dx, dy) * 1.05f;
