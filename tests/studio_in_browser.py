@@ -162,12 +162,13 @@ class Page(unittest.TestCase):
         set_slider(browser, "#param-0", 10)
         browser.wait("document.querySelectorAll('.key').length === 2")
         browser.wait("document.querySelector('.line code')?.textContent.includes(',50:10')")
-        recipe = json.dumps({"effects": [{"effect": "Warm"}, {"effect": "Contrast", "opacity": 50}]})
+        recipe = json.dumps({"effects": [{"effect": "Warm"}, {"effect": "Contrast", "opacity": 50}], "seed": 7})
         drop = """const data = new DataTransfer(); data.items.add(new File([arguments[0]], 'look.json'));
             dispatchEvent(new DragEvent('drop', {dataTransfer: data, bubbles: true}));"""
         browser.run(drop, recipe)
         browser.wait("document.querySelectorAll('.link').length === 2")
         self.assertEqual(self.chain(), "Warm,Contrast")
+        browser.wait("document.querySelector('.line code')?.textContent.includes('--seed 7 ')")
         browser.run(drop, '{"effects": [{"effect": "Wrm"}]}')
         browser.wait("document.querySelector('#take-message').textContent.includes('did you mean')")
         self.assertTrue(all("400" in error for error in browser.errors()))

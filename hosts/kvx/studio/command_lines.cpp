@@ -54,6 +54,7 @@ CommandLine KvxLine(const Project& project, const Clip& clip, const std::string&
     }
     line += " -e " + ShellWord(WordOf(*link.effect) + (settings.empty() ? "" : ":" + settings));
   }
+  if (project.chain.Seed()) line += fmt::format(" --seed {}", *project.chain.Seed());
   const fs::path folder = clip.Folder();
   const std::string target = folder == "." ? output : (folder / output).string();
   return {line + " " + FileWord(clip.Input()) + " " + FileWord(target), ""};

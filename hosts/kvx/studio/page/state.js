@@ -1,7 +1,7 @@
 // What is shown: the document (the chain and its frame) and how one looks at it. Both live in the address; an entry of
 // the history is one step of the document, so that the browser's back and forward are undo and redo.
 
-export const doc = { effects: [], frames: null, pad: '' };
+export const doc = { effects: [], frames: null, pad: '', seed: null };
 export const look = { selected: 0, frame: 0, split: 0.5, zoom: null, query: '', tab: 'effects' };
 export let info = null;  // what the studio says of clip and effects
 const byId = new Map();
@@ -92,6 +92,11 @@ function cleanLink(link) {
   return { id: effect.id, opacity, off: link.off === true, params };
 }
 
+// What a loaded recipe says of chance; the page keeps it for those who take the recipe or the line away.
+export function cleanSeed(seed) {
+  return Number.isInteger(seed) && seed >= 0 && seed <= 0xFFFFFFFF ? seed : null;
+}
+
 export function cleanEffects(effects) {
   return Array.isArray(effects) ? effects.slice(0, info.mostEffects).map(cleanLink).filter(Boolean) : [];
 }
@@ -105,6 +110,7 @@ function load(text) {
   }
   doc.effects = cleanEffects(stored.doc?.effects);
   doc.frames = isNumber(stored.doc?.frames) ? Math.min(10000, Math.max(1, Math.round(stored.doc.frames))) : null;
+  doc.seed = cleanSeed(stored.doc?.seed);
   doc.pad = /^\d{1,4}x\d{1,4}$/.test(stored.doc?.pad) ? stored.doc.pad : '';
   const seen = stored.look ?? {};
   look.selected = isNumber(seen.selected) ? seen.selected : 0;
@@ -185,6 +191,7 @@ export function recipe() {
       opacity: link.opacity,
       ...(Object.keys(link.params).length ? { params: link.params } : {}),
     })),
+    ...(doc.seed === null ? {} : { seed: doc.seed }),
   };
 }
 

@@ -1,7 +1,7 @@
 // What one leaves with: recipe, command lines, pictures, the rendered file.
 import { ask, askBlob } from './api.js';
 import { byName, make, say, show } from './dom.js';
-import { cleanEffects, commit, doc, info, look, project, recipe } from './state.js';
+import { cleanEffects, cleanSeed, commit, doc, info, look, project, recipe } from './state.js';
 
 const kLargestRecipe = 1 << 20;
 
@@ -81,6 +81,7 @@ async function loadRecipe(file) {
     const told = await ask('recipe', { text: await file.text() });
     commit(() => {
       doc.effects = cleanEffects(told.effects.map(({ effect, opacity, params }) => ({ id: effect, opacity, params })));
+      doc.seed = cleanSeed(told.seed);
       look.selected = 0;
     });
     say(`${file.name} loaded: ${doc.effects.length} effects.`);
