@@ -8,8 +8,10 @@ cmake --preset release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
 # Flags that only GCC knows.
 sed 's/-fno-gnu-unique//g; s/-Wno-restrict//g' build/release/compile_commands.json >build/tidy/compile_commands.json
 if [ $# -eq 0 ]; then
+  # What was configured, generated files apart.
   # shellcheck disable=SC2046
-  set -- $(git ls-files '*.cpp' | grep -E '^(codecs|hostkit|hosts|plugins|resources)/')
+  set -- $(sed -n 's/^ *"file": "\(.*\)",*$/\1/p' build/tidy/compile_commands.json | sort -u |
+    grep -E "^$PWD/(codecs|hostkit|hosts|plugins|resources)/")
 fi
 printf '%s\n' "$@" | xargs -n 4 -P "$(nproc)" clang-tidy -p build/tidy --quiet --warnings-as-errors='*' 2>build/tidy/said ||
   { cat build/tidy/said; exit 1; }
