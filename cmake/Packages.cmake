@@ -61,6 +61,10 @@ kvx_package(libkvx-dev libdevel "${kvx_dev_needs}" "headers for hosts of the kvx
   "This package holds the headers that a host of the plug-in includes and the"
   "files by which CMake finds it.")
 
+# Loaded when it is wanted, which is not seen in the command's file.
+string(REGEX MATCH "^[0-9]+" libavfilter "${LIBAVFILTER_VERSION}")
+string(JOIN ", " CPACK_DEBIAN_KVX_PACKAGE_DEPENDS ${CPACK_DEBIAN_KVX_PACKAGE_DEPENDS} libavfilter${libavfilter})
+
 # CPack calls ldconfig for every shared object, also for such as lie in folders where it does nothing.
 function(kvx_override_ldconfig name)
   file(WRITE ${CMAKE_BINARY_DIR}/overrides/${name} "${name}: maintscript-calls-ldconfig\n")

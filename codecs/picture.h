@@ -18,6 +18,13 @@ struct Picture {
   Picture() = default;
   Picture(int32_t w, int32_t h) : width(w), height(h), pixels(static_cast<size_t>(w) * static_cast<size_t>(h) * 4) {}
 
+  // Gives it this size; what it holds then is unspecified. Memory that is large enough is used again.
+  void Reshape(int32_t w, int32_t h) {
+    width = w;
+    height = h;
+    pixels.resize(static_cast<size_t>(w) * static_cast<size_t>(h) * 4);
+  }
+
   int32_t Step() const { return width * 4; }
   uint8_t* Row(int32_t y) { return pixels.data() + static_cast<size_t>(y) * static_cast<size_t>(Step()); }
   const uint8_t* Row(int32_t y) const { return pixels.data() + static_cast<size_t>(y) * static_cast<size_t>(Step()); }

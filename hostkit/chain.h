@@ -32,6 +32,18 @@ class Chain {
 
   const std::vector<ChainLink>& Links() const { return links_; }
   bool Empty() const { return links_.empty(); }
+
+  // A run of links. Frames may pass it in any order, on several sets of objects, unless it is `ordered`: then one after
+  // another, on one.
+  struct Stage {
+    size_t first;
+    size_t count;
+    bool ordered;
+  };
+  // The links in as many stages as can work side by side with the result of one thread. Effects that draw from the one
+  // random stream and those that count together are in one, with all that lies between.
+  std::vector<Stage> Stages() const;
+
   // True if frames may be rendered in any order, on several sets of objects.
   bool IsStateless() const;
 
@@ -40,15 +52,17 @@ class Chain {
   std::optional<uint32_t> seed_;
 };
 
-// A set of effect objects for one chain.
+// A set of effect objects for one chain, or for a stage of it.
 class ChainRunner {
  public:
   ChainRunner(Plugin& plugin, const Chain& chain);
+  ChainRunner(Plugin& plugin, const Chain& chain, const Chain::Stage& stage);
   // `picture` is the frame before and after.
   void Render(Picture& picture, int64_t frame, int64_t totalFrames, double seconds);
 
  private:
   const Chain& chain_;
+  size_t first_;
   std::vector<std::unique_ptr<Effect>> effects_;
   Picture output_;
 };

@@ -55,6 +55,7 @@ EffectInfo EffectOf(const ordered_json& entry) {
   entry.at("moving").get_to(effect.moving);
   entry.at("ordered").get_to(effect.ordered);
   entry.at("random").get_to(effect.random);
+  effect.movesStream = entry.value("movesStream", true);
   entry.at("writesSource").get_to(effect.writesSource);
   entry.at("leavesPixels").get_to(effect.leavesPixels);
   entry.at("materials").get_to(effect.materials);
@@ -92,6 +93,7 @@ ordered_json EntryOf(const EffectInfo& effect) {
           {"moving", effect.moving},
           {"ordered", effect.ordered},
           {"random", effect.random},
+          {"movesStream", effect.movesStream},
           {"writesSource", effect.writesSource},
           {"leavesPixels", effect.leavesPixels},
           {"materials", effect.materials},

@@ -53,6 +53,7 @@ struct EffectInfo {
   bool moving = false;                 // moves on a still source
   bool ordered = true;                 // frames must come in order, on one object
   bool random = true;                  // two runs differ
+  bool movesStream = true;             // random effects beside it see that it was there
   bool writesSource = true;            // the source buffer comes back changed
   bool leavesPixels = true;            // bytes of the destination may stay as they were
   std::vector<std::string> materials;  // picture files below "Merge" of the material directory

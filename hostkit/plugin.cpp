@@ -191,7 +191,7 @@ ImageView ViewOf(Picture& picture) {
 
 // The picture as scratch of this size; what it held is of no interest.
 ImageView Scratch(Picture& picture, int32_t width, int32_t height) {
-  if (picture.width != width || picture.height != height) picture = Picture(width, height);
+  picture.Reshape(width, height);
   return ViewOf(picture);
 }
 
@@ -273,6 +273,7 @@ Plugin::Plugin(PluginOptions options) : impl_(std::make_shared<Impl>()) {
       effect.family = known->family;
       effect.ordered = known->ordered;
       effect.random = known->random;
+      effect.movesStream = known->movesStream;
       effect.writesSource = known->writesSource;
       effect.leavesPixels = known->leavesPixels;
       effect.materials = known->materials;

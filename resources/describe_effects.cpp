@@ -29,6 +29,7 @@ void TakeRow(const EffectRow& row, kvx::EffectInfo& effect) {
   effect.family = kvx::Families().at(static_cast<size_t>(row.family));
   effect.ordered = row.traits & kOrdered;
   effect.random = row.traits & kRandom;
+  effect.movesStream = row.traits & (kRandom | kMovesStream);
   effect.writesSource = row.traits & kWritesSource;
   effect.leavesPixels = row.traits & kLeavesPixels;
   for (const char* file : row.materials) {

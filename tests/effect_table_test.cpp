@@ -153,6 +153,22 @@ TEST(EffectRows, OrderedMeansThatAFrameNeedsThoseBeforeIt) {
   }
 }
 
+TEST(EffectRows, WhoeverMovesTheRandomStreamSaysSo) {
+  const SmallMaterials materials;
+  SeedRandom(3);
+  const int32_t untouched = Rand().Next();
+  for (const EffectRow& row : EffectRows()) {
+    if (row.traits & kRandom) continue;
+    bool moves = false;
+    for (const double share : kShares) {
+      SeedRandom(3);
+      Render(row.id, share, 9, 0x40, {0, 20, 30, 59});
+      moves = moves || Rand().Next() != untouched;
+    }
+    EXPECT_TRUE((row.traits & kMovesStream) || !moves) << "effect " << row.id << ": kMovesStream is not in its row";
+  }
+}
+
 TEST(EffectRows, WritesSourceAndLeavesPixelsAreTold) {
   for (const EffectRow& row : EffectRows()) {
     bool writes = false, leaves = false;

@@ -13,8 +13,13 @@ namespace {
 
 // Each of the effects that draw by chance does so in one of these ways: from the table that is made at start-up, at a
 // parameter's change, at every frame, with state between frames.
-const char* const kChains[] = {"-e FilmGrain", "-e Snow -e Fire -e 11", "-e DelayGrab -e Noise -e Flames",
-                               "-e Warm -e Cluster -e OldMovie"};
+// Between them stand effects that any thread may render, and such that move the stream on without being random.
+const char* const kChains[] = {"-e FilmGrain",
+                               "-e Snow -e Fire -e 11",
+                               "-e DelayGrab -e Noise -e Flames",
+                               "-e Warm -e Cluster -e OldMovie",
+                               "-e Warm -e Snow -e BGFFrost -e Invert -e Fire -e Flip",
+                               "-e Fire -e Emboss -e 72 -e Delay -e Snow"};
 
 class Seed : public testing::Test {
  protected:

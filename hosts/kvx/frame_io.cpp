@@ -96,7 +96,7 @@ class RawReader : public FrameReader {
   double Rate() const override { return options_.fps; }
   bool Read(Frame& frame) override {
     while (place_ < end_) {
-      frame.picture = Picture(options_.rawSize->width, options_.rawSize->height);
+      frame.picture.Reshape(options_.rawSize->width, options_.rawSize->height);
       size_t have = 0;
       while (have < frame.picture.pixels.size()) {
         const size_t got = file_.Read(frame.picture.pixels.data() + have, frame.picture.pixels.size() - have);

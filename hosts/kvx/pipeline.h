@@ -12,7 +12,7 @@
 namespace kvx {
 
 struct PipelineOptions {
-  int jobs = 0;  // threads that render; 0 for one per core. Chains with state use one.
+  int jobs = 0;  // threads that render; 0 for one per core. An effect that wants its frames in order uses one of them.
   std::optional<FrameSize> pad;
   std::function<void(int64_t done)> onFrame;
   std::function<bool()> stopped;  // asked before each frame is read
@@ -23,6 +23,7 @@ struct PipelineResult {
   bool whole;      // false: it was stopped, and the writer is not finished
 };
 
+// At most as many frames as threads and stages of the chain (Chain::Stages), and two more, are held at a time.
 // `totalFrames` is what effects are told as the clip's length. Effects and keyframes
 // count frames and time from the beginning of the input, so that a part of a clip looks as it does in the whole. Throws
 // Error.

@@ -24,7 +24,8 @@ struct ColorCoding {
   bool operator==(const ColorCoding&) const = default;
 };
 
-// One direction of conversion; set up anew only when the frames change.
+// One direction of conversion; set up anew only when the frames change. The usual planes of 8 bits are converted here,
+// to the library's bytes except where it overflows; everything else is the library's.
 class PixelConverter {
  public:
   PixelConverter();
@@ -33,8 +34,8 @@ class PixelConverter {
   // `picture` has its size already; a frame of another size is scaled to it. Without alpha it becomes opaque. Throws
   // Error.
   void ToPicture(const AVFrame& frame, ColorCoding coding, Picture& picture);
-  // Into a frame with format, size and buffers. Throws Error.
-  void ToFrame(const Picture& picture, ColorCoding coding, AVFrame& frame);
+  // Into a frame with format, size and buffers. False if the picture is not opaque. Throws Error.
+  bool ToFrame(const Picture& picture, ColorCoding coding, AVFrame& frame);
 
  private:
   struct Shape {

@@ -233,10 +233,24 @@ void VideoEncoder::Open(const Picture& first) {
     throw Error(fmt::format("{}: the encoder {} does not start{}", options_.path, encoder_.name, firstReason));
   }
   NoteWhatIsLost(first);
+  FreeFrame();
+}
+
+// Makes frame_ one that the encoder does not hold on to.
+void VideoEncoder::FreeFrame() {
+  if (frame_ && av_frame_is_writable(frame_.get())) return;
+  if (frame_) held_.push_back(std::move(frame_));
+  const auto released = std::find_if(held_.begin(), held_.end(),
+                                     [](const AvFramePtr& frame) { return av_frame_is_writable(frame.get()); });
+  if (released != held_.end()) {
+    frame_ = std::move(*released);
+    held_.erase(released);
+    return;
+  }
   frame_ = NewAvFrame();
   frame_->format = codec_->pix_fmt;
-  frame_->width = first.width;
-  frame_->height = first.height;
+  frame_->width = codec_->width;
+  frame_->height = codec_->height;
   CheckAv(av_frame_get_buffer(frame_.get(), 0), options_.path);
 }
 
@@ -265,18 +279,19 @@ void VideoEncoder::Encode(const Frame& frame, const Sink& sink) {
     throw Error(fmt::format("frames of a video must have one size: {} by {} follows {} by {}", picture.width,
                             picture.height, codec_->width, codec_->height));
   }
-  const bool keepsAlpha =
-      HasAlpha(codec_->pix_fmt) && (!LosesAlphaOutsideMatroska(encoder_.id) || IsMatroska(container_));
-  if (!keepsAlpha && !IsOpaque(picture))
-    Note(fmt::format("the transparency is lost: {} in this kind of file has none", encoder_.name));
   const FrameClock::Slot slot = clock_.Next(frame.timestamp, frame.duration > 0 ? frame.duration : 1);
   if (!slot.shown) return;
   const bool isFirst = frame_->pts == AV_NOPTS_VALUE;
   if (!isFirst) {
     for (int64_t i = 0; i < slot.repeats; ++i) SendPicture(slot.stamp - slot.repeats + i, 1, sink);
   }
-  CheckAv(av_frame_make_writable(frame_.get()), options_.path);
-  converter_.ToFrame(picture, {codec_->colorspace, codec_->color_range}, *frame_);
+  FreeFrame();
+  const bool opaque = converter_.ToFrame(picture, {codec_->colorspace, codec_->color_range}, *frame_);
+  const bool keepsAlpha =
+      HasAlpha(codec_->pix_fmt) && (!LosesAlphaOutsideMatroska(encoder_.id) || IsMatroska(container_));
+  if (!keepsAlpha && !opaque) {
+    Note(fmt::format("the transparency is lost: {} in this kind of file has none", encoder_.name));
+  }
   if (isFirst) {
     for (int64_t i = 0; i < slot.repeats; ++i) SendPicture(i, 1, sink);
   }

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "hosts/kvx/frame_io.h"
 #include "hosts/kvx/media/frame_clock.h"
@@ -37,6 +38,7 @@ class VideoEncoder {
   bool TryOpen(AVPixelFormat format, int width, int height, std::string& reason);
   void SetQuality();
   void NoteWhatIsLost(const Picture& first);
+  void FreeFrame();
   void Send(const AVFrame* frame, const Sink& sink);
   void SendPicture(int64_t stamp, int64_t duration, const Sink& sink);
 
@@ -48,6 +50,7 @@ class VideoEncoder {
   FrameClock clock_;
   CodecPtr codec_;
   AvFramePtr frame_;
+  std::vector<AvFramePtr> held_;  // by the encoder, or used before
   PacketPtr packet_ = NewPacket();
   PixelConverter converter_;
   bool ended_ = false;

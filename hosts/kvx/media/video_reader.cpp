@@ -405,18 +405,16 @@ void VideoReader::Convert(Picture& picture) {
     Note(fmt::format("{}: changes its size on the way; all frames are scaled to the first's, {} by {}", name_,
                      size_.width, size_.height));
   }
-  Picture stored(size_.width, size_.height);
+  Picture& stored = quarterTurns_ == 0 ? picture : stored_;
+  stored.Reshape(size_.width, size_.height);
   try {
     converter_.ToPicture(*decoded_, {decoded_->colorspace, decoded_->color_range}, stored);
   } catch (const Error& error) {
     throw Error(fmt::format("{}: {}", name_, error.what()));
   }
-  if (quarterTurns_ == 0) {
-    picture = std::move(stored);
-    return;
-  }
+  if (quarterTurns_ == 0) return;
   const bool swapped = quarterTurns_ % 2 == 1;
-  picture = Picture(swapped ? stored.height : stored.width, swapped ? stored.width : stored.height);
+  picture.Reshape(swapped ? stored.height : stored.width, swapped ? stored.width : stored.height);
   const cv::Mat from(stored.height, stored.width, CV_8UC4, stored.pixels.data());
   cv::Mat to(picture.height, picture.width, CV_8UC4, picture.pixels.data());
   static constexpr int kTurns[] = {0, cv::ROTATE_90_CLOCKWISE, cv::ROTATE_180, cv::ROTATE_90_COUNTERCLOCKWISE};

@@ -60,6 +60,7 @@ class VideoReader : public FrameReader {
   PixelConverter converter_;
   FrameSize size_{0, 0};  // of the first frame, before it is turned
   int quarterTurns_ = 0;  // clockwise
+  Picture stored_;        // before it is turned
 
   double fileStart_ = 0;   // seconds at which the file begins
   double resultZero_ = 0;  // seconds of the file that are 0 in the result

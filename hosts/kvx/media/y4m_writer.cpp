@@ -44,7 +44,7 @@ void Y4mWriter::Start(const Picture& first) {
   yuv_->format = AV_PIX_FMT_YUV444P;
   yuv_->width = first.width;
   yuv_->height = first.height;
-  CheckAv(av_frame_get_buffer(yuv_.get(), 0), "standard output");
+  CheckAv(av_frame_get_buffer(yuv_.get(), 1), "standard output");  // packed rows, so that a plane goes in one piece
   const bool full = media_ && media_->range == AVCOL_RANGE_JPEG && !IsRgb(media_->pixelFormat);
   const AVRational aspect = media_ ? media_->sampleAspect : AVRational{0, 1};
   const bool known = aspect.num > 0 && aspect.den > 0;
@@ -62,10 +62,7 @@ void Y4mWriter::Start(const Picture& first) {
 void Y4mWriter::PutFrame() {
   Print("FRAME\n");
   for (int plane = 0; plane < 3; ++plane) {
-    for (int y = 0; y < yuv_->height; ++y) {
-      WriteStandardOutput(yuv_->data[plane] + static_cast<ptrdiff_t>(y) * yuv_->linesize[plane],
-                          static_cast<size_t>(yuv_->width));
-    }
+    WriteStandardOutput(yuv_->data[plane], static_cast<size_t>(yuv_->width) * static_cast<size_t>(yuv_->height));
   }
 }
 
@@ -79,9 +76,9 @@ void Y4mWriter::Write(const Frame& frame) {
   const FrameClock::Slot slot = clock_.Next(frame.timestamp, std::max<int64_t>(frame.duration, 1));
   if (!slot.shown) return;
   for (int64_t i = 0; i < slot.repeats && !isFirst; ++i) PutFrame();
-  if (!IsOpaque(picture)) Note("the transparency is lost: Y4M has none");
   const AVColorRange range = media_ && !IsRgb(media_->pixelFormat) ? media_->range : AVCOL_RANGE_UNSPECIFIED;
-  converter_.ToFrame(picture, {media_ ? media_->matrix : AVCOL_SPC_UNSPECIFIED, range}, *yuv_);
+  const AVColorSpace matrix = media_ ? media_->matrix : AVCOL_SPC_UNSPECIFIED;
+  if (!converter_.ToFrame(picture, {matrix, range}, *yuv_)) Note("the transparency is lost: Y4M has none");
   for (int64_t i = 0; i < slot.repeats && isFirst; ++i) PutFrame();
   PutFrame();
 }

@@ -34,6 +34,9 @@ enum Traits : uint32_t {
   kWritesSource = 4,
   // Leaves bytes of the destination as they were, at some values, sizes or without its material.
   kLeavesPixels = 8,
+  // Takes the random stream in hand (a Rand lives in it) although its own frames do not show that: random effects
+  // beside it do.
+  kMovesStream = 16,
 };
 constexpr uint32_t operator|(Traits a, Traits b) {
   return static_cast<uint32_t>(a) | static_cast<uint32_t>(b);
