@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
+#include <cstring>
 
 #include "hostkit/error.h"
 
@@ -23,6 +25,14 @@ std::vector<std::string> Split(const std::string& text, char separator) {
     from = to + 1;
   }
   return parts;
+}
+
+std::string ShellWord(const std::string& text) {
+  const auto plain = [](unsigned char c) { return std::isalnum(c) || (c && std::strchr("%+,-./:=@_", c)); };
+  if (!text.empty() && std::all_of(text.begin(), text.end(), plain)) return text;
+  std::string word = "'";
+  for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return word + "'";
 }
 
 double ParseOpacity(const std::string& text) {

@@ -3,8 +3,9 @@
 # then clang-tidy over all sources, then the fuzzers on the kept corpus and for a few seconds more.
 set -eu
 cd "$(dirname "$0")/.."
-./scripts/install_packages.sh chromium chromium-driver clang-tidy curl ffmpeg python3 python3-numpy python3-pytest python3-pil python3-distributed \
-  libgegl-dev gegl libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools gstreamer1.0-plugins-base
+./scripts/install_packages.sh chromium chromium-driver clang-tidy curl ffmpeg python3 python3-numpy python3-pytest \
+  python3-pil python3-distributed libgegl-dev gegl libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools \
+  gstreamer1.0-plugins-base slurm-wlm munge
 # MLT as packages would bring 187 of them.
 mlt=ON
 ./scripts/get_mlt.sh || { mlt=OFF; echo "== MLT cannot be had: its module and its tests are left out"; }

@@ -27,6 +27,24 @@ namespace {
 
 constexpr char kOverwriteHelp[] = "Replace existing files";
 
+std::vector<std::string> NamesOf(CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* sub : app.get_subcommands([](CLI::App*) { return true; })) names.push_back(sub->get_name());
+  return names;
+}
+
+// True if what was asked for draws by chance, or keeps what decides it.
+bool Renders(const CLI::App& app) {
+  static const std::set<std::string> kOthers = {"list", "info",   "doctor", "check", "run",
+                                                "join", "status", "submit", "clean"};
+  for (const CLI::App* sub : app.get_subcommands()) {
+    if (kOthers.count(sub->get_name()) > 0 || !Renders(*sub)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 PluginOptions OptionsOf(const Common& common) {
   PluginOptions options;
   options.path = common.pluginPath;
@@ -39,30 +57,14 @@ PluginOptions OptionsOf(const Common& common) {
   return options;
 }
 
-std::vector<std::string> NamesOf(CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::App* sub : app.get_subcommands([](CLI::App*) { return true; })) names.push_back(sub->get_name());
-  return names;
-}
-
-// True if what was asked for draws by chance, or keeps what decides it.
-bool Renders(const CLI::App& app) {
-  static const std::set<std::string> kOthers = {"list", "info", "doctor", "check"};
-  for (const CLI::App* sub : app.get_subcommands()) {
-    if (kOthers.count(sub->get_name()) > 0 || !Renders(*sub)) return false;
-  }
-  return true;
-}
-
-}  // namespace
-
 CommandLine::CommandLine() : app_("Video effects on pictures, sequences and videos, through the kvx plug-in.", "kvx") {
   app_.set_version_flag("--version", KVX_VERSION);
   app_.require_subcommand(1);
   app_.fallthrough();
   app_.add_option("--plugin", common_.pluginPath, "The plug-in's file");
   app_.add_option("--resources", common_.resourceRoot, "The resource directory, with kvx_effect in it");
-  app_.add_option("--seed", common_.seed, "Number that decides what effects draw by chance: the same bytes in every run")
+  app_.add_option("--seed", common_.seed,
+                  "Number that decides what effects draw by chance: the same bytes in every run")
       ->check(CLI::Range(uint32_t{0}, UINT32_MAX));
   app_.add_flag("-v,--verbose", common_.verbose, "Show what the plug-in and the media libraries log");
   AddListing(*this);
@@ -70,13 +72,15 @@ CommandLine::CommandLine() : app_("Video effects on pictures, sequences and vide
   AddRecipe(*this);
   AddSheets(*this);
   AddStudio(*this);
+  AddFarm(*this);
 }
 
 bool CommandLine::Run() {
   if (common_.pluginPath.empty()) common_.pluginPath = DefaultPluginPath();
   if (common_.resourceRoot.empty()) common_.resourceRoot = DefaultResourceRoot();
   SetMediaVerbose(common_.verbose);
-  if (common_.seed && !Renders(app_)) throw UsageError("--seed is for commands that render, and for recipe write");
+  if (common_.seed && !Renders(app_))
+    throw UsageError("--seed is for commands that render, for recipe write and for farm plan");
   if (withoutPlugin_) return withoutPlugin_(common_);
   if (common_.seed) SeedClock(*common_.seed);  // before the plug-in starts, which draws already
   Plugin plugin(OptionsOf(common_));

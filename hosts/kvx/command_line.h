@@ -49,6 +49,8 @@ class CommandLine {
   WithoutPlugin withoutPlugin_;
 };
 
+PluginOptions OptionsOf(const Common& common);
+
 // The words to parse. Behind -- a word with a dash in front is a file's name: it gets its folder, so that it looks like
 // one.
 std::vector<std::string> PlainWords(int argc, char** argv);
@@ -65,6 +67,7 @@ void AddRender(CommandLine& line);
 void AddRecipe(CommandLine& line);
 void AddSheets(CommandLine& line);
 void AddStudio(CommandLine& line);
+void AddFarm(CommandLine& line);
 
 // What the last of `words`, which follow the program's name, may go on with: for the shells. Nothing: a file's name.
 std::vector<std::string> Completions(CLI::App& app, const EffectList& list, const std::vector<std::string>& words);

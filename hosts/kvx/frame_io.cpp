@@ -33,10 +33,12 @@ class IndexedReader : public FrameReader {
     end_ = std::min(length, options.end ? std::max(first_, at(*options.end)) : kEndless);
     const int64_t wanted = options.frames.value_or(source_->Count() || options.end ? kEndless : 1);
     end_ = end_ - first_ > wanted ? first_ + wanted : end_;
-    next_ = first_;
+    next_ = first_ + (options.range ? options.range->first : 0);
+    stop_ = options.range ? std::min(end_, next_ + options.range->count) : end_;
+    begun_ = next_;
   }
-  std::optional<int64_t> Count() const override { return end_ - first_; }
-  int64_t FirstPlace() const override { return first_; }
+  std::optional<int64_t> Count() const override { return stop_ - begun_; }
+  int64_t FirstPlace() const override { return begun_; }
   double Rate() const override { return fps_; }
   std::vector<std::string> Files() const override { return source_->Files(); }
   std::optional<std::pair<int64_t, int64_t>> Numbers() const override {
@@ -44,7 +46,7 @@ class IndexedReader : public FrameReader {
     return std::pair(FileNumber(first_), FileNumber(end_ - 1));
   }
   bool Read(Frame& frame) override {
-    for (; next_ < end_; ++next_) {
+    for (; next_ < stop_; ++next_) {
       try {
         LoadedPicture loaded = source_->Read(next_);
         frame.picture = std::move(loaded.picture);
@@ -60,7 +62,7 @@ class IndexedReader : public FrameReader {
       frame.seconds = static_cast<double>(next_ - first_) / fps_;
       frame.clipSeconds = static_cast<double>(next_) / fps_;
       frame.fileNumber = FileNumber(next_);
-      frame.timestamp = frame.number;
+      frame.timestamp = begun_ - first_ + frame.number;
       ++next_;
       return true;
     }
@@ -78,6 +80,8 @@ class IndexedReader : public FrameReader {
   int64_t first_;
   int64_t end_;
   int64_t next_ = 0;
+  int64_t begun_ = 0;  // the part that is read
+  int64_t stop_ = 0;
   int64_t read_ = 0;
   std::vector<std::string> damage_;
 };

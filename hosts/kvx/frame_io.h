@@ -60,6 +60,18 @@ class FrameWriter {
   virtual std::string FinishPartial() { return "nothing was written"; }
 };
 
+// A part of the frames that the other options choose, which is rendered by itself and looks as it does in the whole.
+// The stamps count in the time base of a video, and say nothing for anything else.
+struct FrameRange {
+  int64_t first = 0;       // counted from the first frame that is chosen
+  int64_t count = 0;       // all of them must be there
+  int64_t clipStamp = 0;   // of the first frame that is chosen
+  int64_t stamp = 0;       // of frame `first`
+  int64_t keyStamp = 0;    // of the key frame that decoding begins with: when it is shown
+  int64_t keyDecoded = 0;  // and when it is decoded
+  FrameSize size{0, 0};    // of the first frame that is chosen
+};
+
 struct InputOptions {
   std::string path;  // "demo", a picture, a sequence, a video, or "-" for standard input
   FrameSize demoSize{1280, 720};
@@ -71,6 +83,7 @@ struct InputOptions {
   bool literal = false;  // a % in the name is no number
   Gaps gaps = Gaps::kClose;
   bool deinterlace = false;
+  std::optional<FrameRange> range;
 };
 
 struct OutputOptions {
@@ -81,6 +94,7 @@ struct OutputOptions {
   std::string preset;
   std::string pixelFormat;
   std::optional<int64_t> bitrate;  // bits per second
+  int encoderThreads = 0;          // of a video; 0 for as many as there are cores. Bytes may depend on it.
   bool audio = true;               // streams beside the frames, where the input has them
   bool subtitles = true;
   bool overwrite = false;

@@ -1,12 +1,12 @@
+#include "hosts/kvx/render_words.h"
+
 #include <fmt/format.h>
 
 #include <charconv>
 #include <functional>
 #include <memory>
 
-#include "hosts/kvx/chain_words.h"
 #include "hosts/kvx/command_line.h"
-#include "hosts/kvx/commands.h"
 
 namespace kvx {
 
@@ -24,24 +24,10 @@ int64_t ParseBitrate(const std::string& text) {
   return static_cast<int64_t>(value * factor);
 }
 
-struct RenderWords {
-  ChainWords chain;
-  RenderOptions options;
-  int64_t frames = 0, startNumber = 0;
-  double start = 0, end = 0;
-  int crf = 0;
-  bool literal = false, noAudio = false, noSubtitles = false;
-  std::string size, pad, raw, bitrate, gaps;
+}  // namespace
 
-  void AddTo(CLI::App& sub);
-  void TakeOptions(const CLI::App& sub);
-  void RefuseIdleOptions(const CLI::App& sub) const;
-};
-
-void RenderWords::AddTo(CLI::App& sub) {
-  sub.add_option("EFFECT INPUT OUTPUT", chain.words,
-                 "EFFECT is a name, id or GUID (not given with -e or --recipe); INPUT and OUTPUT are pictures, "
-                 "sequences (in_%04d.png), videos or - for a pipe; INPUT may be demo");
+void RenderWords::AddTo(CLI::App& sub, const std::string& names, const std::string& help) {
+  sub.add_option(names, chain.words, help);
   chain.AddTo(sub);
   sub.add_option("--recipe", chain.recipe, "File with the effects");
   sub.add_option("--frames", frames, "Number of frames")->check(CLI::Range(int64_t{1}, int64_t{10000000}));
@@ -99,7 +85,6 @@ void RenderWords::TakeOptions(const CLI::App& sub) {
   if (given("--crf") && given("--bitrate")) throw UsageError("--crf and --bitrate contradict each other");
 }
 
-// An option that changes nothing in this run is a mistake of somebody's.
 void RenderWords::RefuseIdleOptions(const CLI::App& sub) const {
   const std::string& from = options.input.path;
   const std::string& to = options.output.path;
@@ -123,12 +108,12 @@ void RenderWords::RefuseIdleOptions(const CLI::App& sub) const {
          "is for names with a %");
 }
 
-}  // namespace
-
 void AddRender(CommandLine& line) {
   auto words = std::make_shared<RenderWords>();
   CLI::App* sub = line.App().add_subcommand("render", "Render a picture, a sequence or a video through effects");
-  words->AddTo(*sub);
+  words->AddTo(*sub, "EFFECT INPUT OUTPUT",
+               "EFFECT is a name, id or GUID (not given with -e or --recipe); INPUT and OUTPUT are pictures, "
+               "sequences (in_%04d.png), videos or - for a pipe; INPUT may be demo");
   sub->callback([&line, words, sub] {
     words->chain.ReadRecipeText();
     line.OfferSeed(words->chain.RecipeSeed());

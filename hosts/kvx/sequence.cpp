@@ -64,13 +64,13 @@ bool IsSequence(const std::string& path) {
   return SequencePattern::Parse(path).has_value();
 }
 
-std::string NumberRanges(const std::vector<int64_t>& numbers) {
+std::string NumberRanges(const std::vector<int64_t>& numbers, const char* between, const char* to) {
   std::string text;
   for (size_t i = 0; i < numbers.size();) {
     size_t end = i + 1;
     while (end < numbers.size() && numbers[end] == numbers[end - 1] + 1) ++end;
-    if (!text.empty()) text += ", ";
-    text += end - i == 1 ? fmt::format("{}", numbers[i]) : fmt::format("{} to {}", numbers[i], numbers[end - 1]);
+    if (!text.empty()) text += between;
+    text += end - i == 1 ? fmt::format("{}", numbers[i]) : fmt::format("{}{}{}", numbers[i], to, numbers[end - 1]);
     i = end;
   }
   return text;

@@ -32,8 +32,8 @@ class SequencePattern {
 
 bool IsSequence(const std::string& path);
 
-// Numbers in short: "3, 7 to 9".
-std::string NumberRanges(const std::vector<int64_t>& numbers);
+// Numbers in short: "3, 7 to 9", or with other words between.
+std::string NumberRanges(const std::vector<int64_t>& numbers, const char* between = ", ", const char* to = " to ");
 
 }  // namespace kvx
 

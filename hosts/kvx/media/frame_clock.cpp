@@ -66,6 +66,20 @@ FrameClock::Slot FrameClock::Next(int64_t sourceStamp, int64_t sourceDuration) {
   return slot;
 }
 
+void FrameClock::Resume(int64_t firstSourceStamp, int64_t stamp) {
+  Next(firstSourceStamp, 1);
+  next_ = end_ = stamp;
+  repeated_ = 0;
+}
+
+int64_t FrameClock::RepeatsUntil(int64_t stamp) {
+  if (rhythm_ == Rhythm::kFree) return 0;
+  const int64_t repeats = std::max<int64_t>(0, stamp - next_);
+  repeated_ += repeats;
+  next_ = end_ = next_ + repeats;
+  return repeats;
+}
+
 int64_t FrameClock::RepeatsAtEnd() const {
   return rhythm_ == Rhythm::kConstant ? std::max<int64_t>(0, end_ - next_) : 0;
 }

@@ -31,6 +31,11 @@ class FrameClock {
   int64_t RepeatsAtEnd() const;
   int64_t NextStamp() const { return next_; }
 
+  // For a clock that begins within a clip: when the clip's first frame came, and the stamp of the next one.
+  void Resume(int64_t firstSourceStamp, int64_t stamp);
+  // For one that ends within: how often the last frame comes once more until the frame at `stamp`.
+  int64_t RepeatsUntil(int64_t stamp);
+
   int64_t Repeated() const { return repeated_; }
   int64_t LeftOut() const { return leftOut_; }
 

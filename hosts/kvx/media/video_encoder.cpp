@@ -182,7 +182,7 @@ bool VideoEncoder::TryOpen(AVPixelFormat format, int width, int height, std::str
   codec_->pix_fmt = format;
   codec_->framerate = rate_;
   codec_->time_base = clock_.TimeBase();
-  codec_->thread_count = 0;
+  codec_->thread_count = options_.encoderThreads;
   if (media_) {
     codec_->sample_aspect_ratio = media_->sampleAspect;
     codec_->colorspace = media_->matrix == AVCOL_SPC_RGB ? AVCOL_SPC_UNSPECIFIED : media_->matrix;
@@ -273,6 +273,12 @@ void VideoEncoder::NoteWhatIsLost(const Picture& first) {
   Note(fmt::format("the size {} by {} is odd; not everything plays that", first.width, first.height));
 }
 
+ParametersPtr VideoEncoder::Parameters() const {
+  ParametersPtr parameters(CheckAlloc(avcodec_parameters_alloc()));
+  CheckAv(avcodec_parameters_from_context(parameters.get(), codec_.get()), options_.path);
+  return parameters;
+}
+
 void VideoEncoder::Encode(const Frame& frame, const Sink& sink) {
   const Picture& picture = frame.picture;
   if (picture.width != codec_->width || picture.height != codec_->height) {
@@ -309,6 +315,12 @@ void VideoEncoder::SendPicture(int64_t stamp, int64_t duration, const Sink& sink
   }
   durations_[stamp] = duration;
   Send(frame_.get(), sink);
+}
+
+void VideoEncoder::FillUntil(int64_t stamp, const Sink& sink) {
+  const int64_t begin = clock_.NextStamp();
+  const int64_t repeats = clock_.RepeatsUntil(stamp);
+  for (int64_t i = 0; i < repeats; ++i) SendPicture(begin + i, 1, sink);
 }
 
 void VideoEncoder::Finish(const Sink& sink) {

@@ -29,10 +29,19 @@ class VideoEncoder {
   void Open(const Picture& first);
   const AVCodecContext& Context() const { return *codec_; }
   bool IsOpen() const { return codec_ != nullptr; }
+  // Of the packets, once it is open.
+  ParametersPtr Parameters() const;
+  // As it stands before the first frame.
+  const FrameClock& Clock() const { return clock_; }
 
   using Sink = std::function<void(AVPacket&)>;  // stamps in the codec's time base
   void Encode(const Frame& frame, const Sink& sink);
   void Finish(const Sink& sink);
+
+  // Within a clip, of which other encoders make the parts before and behind: before the first frame, when the clip's
+  // first one came and the stamp of this one's first; after the last, the stamp at which the next part begins.
+  void Resume(int64_t firstSourceStamp, int64_t stamp) { clock_.Resume(firstSourceStamp, stamp); }
+  void FillUntil(int64_t stamp, const Sink& sink);
 
  private:
   bool TryOpen(AVPixelFormat format, int width, int height, std::string& reason);

@@ -65,6 +65,12 @@ double ParseDuration(const std::string& text) {
 
 }  // namespace
 
+PartSide SideOfPart(const InputOptions& options, double clipSeconds) {
+  if (options.start && clipSeconds < *options.start - kStampSlack) return PartSide::kBefore;
+  if (options.end && clipSeconds >= *options.end - kStampSlack) return PartSide::kBehind;
+  return PartSide::kWithin;
+}
+
 VideoReader::VideoReader(std::unique_ptr<InputFile> file, const InputOptions& options)
     : options_(options), input_(std::move(file)), name_(input_.File().Name()) {
   const int index = av_find_best_stream(input_.Get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
@@ -155,8 +161,9 @@ std::vector<std::string> VideoReader::Files() const {
 }
 
 void VideoReader::SeekToStart() {
+  if (options_.range) return SeekToRange();
   if (!options_.start || !input_.File().Size()) return;
-  const double base = stream_->start_time == AV_NOPTS_VALUE ? 0 : FileSeconds(stream_->start_time);
+  const double base = FileSeconds(FirstOfStream());
   av_seek_frame(input_.Get(), -1, static_cast<int64_t>((*options_.start + base) * AV_TIME_BASE), AVSEEK_FLAG_BACKWARD);
 }
 
@@ -171,6 +178,7 @@ std::optional<int64_t> VideoReader::Count() const {
     count = std::max<int64_t>(1, std::llround(seconds * Rate()));
   }
   if (options_.frames) count = count ? std::min(*count, *options_.frames) : *options_.frames;
+  if (options_.range) count = options_.range->count;
   return count;
 }
 
@@ -219,6 +227,7 @@ bool VideoReader::NextDecoded() {
       continue;
     }
     if (!ReadPacket()) {
+      if (awaitsKey_ && Rewind(Approach::kSkip)) continue;
       avcodec_send_packet(codec_.get(), nullptr);
       continue;
     }
@@ -226,6 +235,7 @@ bool VideoReader::NextDecoded() {
       KeepSidePacket();
       continue;
     }
+    if (awaitsKey_ && IsBeforeKey()) continue;
     if (packet_->flags & AV_PKT_FLAG_CORRUPT) ++packetsBroken_;
     const int sent = avcodec_send_packet(codec_.get(), packet_.get());
     if (sent == AVERROR(ENOMEM)) CheckAv(sent, name_);
@@ -252,41 +262,59 @@ bool VideoReader::Read(Frame& frame) {
   ForgetComplaint();
   ThrowIfStopAsked();
   const double frameSeconds = 1 / Rate();
-  while (!(options_.frames && next_ >= *options_.frames) && NextShown()) {
+  const int64_t most = options_.range ? options_.range->count : options_.frames.value_or(INT64_MAX);
+  while (next_ < most && NextShown()) {
     const int64_t best = decoded_->best_effort_timestamp;
     const int64_t stamp = best != AV_NOPTS_VALUE ? best : fallback_;
-    const int64_t step = std::max<int64_t>(1, av_rescale_q(1, av_inv_q(media_.rate), stream_->time_base));
-    fallback_ = stamp + step;
-    const int64_t base = stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
-    const double clipSeconds = FileSeconds(stamp - base);
-    if (options_.start && clipSeconds < *options_.start - kStampSlack) continue;
-    if (options_.end && clipSeconds >= *options_.end - kStampSlack) break;
+    fallback_ = stamp + Step();
+    const double clipSeconds = FileSeconds(stamp - FirstOfStream());
+    if (options_.range && (stamp < options_.range->stamp || !BeginsAsPlanned(stamp))) continue;
+    const PartSide side = SideOfPart(options_, clipSeconds);
+    if (side == PartSide::kBefore) continue;
+    if (side == PartSide::kBehind) break;
     if (next_ == 0) {
-      firstStamp_ = stamp;
-      firstPlace_ = options_.start ? std::llround(clipSeconds * Rate()) : 0;
-      if (options_.start) resultZero_ = FileSeconds(stamp);
-      media_.partStart = resultZero_;
-      complaintsBefore_ = VideoDecoderComplaints();
-      if (options_.end) media_.partEnd = FileSeconds(base) + *options_.end;
-      if (options_.frames) media_.partEnd = FileSeconds(stamp) + static_cast<double>(*options_.frames) * frameSeconds;
+      const int64_t first = options_.range ? options_.range->clipStamp : stamp;
+      BeginResult(first, FileSeconds(first - FirstOfStream()));
     }
     frame.number = next_++;
     frame.seconds = FileSeconds(stamp - firstStamp_);
-    frame.place = firstPlace_ + frame.number;
+    const int64_t chosen = frame.number + (options_.range ? options_.range->first : 0);
+    frame.place = firstPlace_ + chosen;
     frame.clipSeconds = clipSeconds;
-    frame.fileNumber = frame.number;
+    frame.fileNumber = chosen;
     frame.timestamp = stamp - std::llround(resultZero_ / av_q2d(stream_->time_base));
-    frame.duration = decoded_->pkt_duration > 0 ? decoded_->pkt_duration : step;
+    frame.duration = decoded_->pkt_duration > 0 ? decoded_->pkt_duration : Step();
     frame.metadata = nullptr;
     Convert(frame.picture);
     ReleaseSidePackets(FileSeconds(stamp) + frameSeconds);
     return true;
   }
   ended_ = true;
+  if (options_.range) {
+    if (next_ == most) return false;
+    throw Error(fmt::format("{}: gave {} of the {} frames that its part has{}", name_, next_, most, LastComplaint()));
+  }
   if (next_ == 0 && options_.start) throw Error(fmt::format("{}: it has no frame in the part asked for", name_));
   if (next_ == 0 && fileEnded_) {
     throw Error(fmt::format("{}: no frame of it could be decoded{}", name_, LastComplaint()));
   }
+  EndSideStreams();
+  return false;
+}
+
+void VideoReader::BeginResult(int64_t stamp, double clipSeconds) {
+  firstStamp_ = stamp;
+  firstPlace_ = options_.start ? std::llround(clipSeconds * Rate()) : 0;
+  if (options_.start) resultZero_ = FileSeconds(stamp);
+  media_.partStart = resultZero_;
+  complaintsBefore_ = VideoDecoderComplaints();
+  // What the decoder runs up with belongs to another part.
+  if (options_.range) packetsBroken_ = framesBroken_ = 0;
+  if (options_.end) media_.partEnd = FileSeconds(FirstOfStream()) + *options_.end;
+  if (options_.frames) media_.partEnd = FileSeconds(stamp) + static_cast<double>(*options_.frames) / Rate();
+}
+
+void VideoReader::EndSideStreams() {
   const bool cut = (options_.frames && next_ >= *options_.frames) || (options_.end && !fileEnded_);
   if (cut) {
     ReadSideStreamsToEnd();
@@ -294,12 +322,11 @@ bool VideoReader::Read(Frame& frame) {
     while (ReadPacket()) KeepSidePacket();
     ReleaseSidePackets(std::numeric_limits<double>::infinity());
   }
-  return false;
 }
 
 // What comes before the result is cut off; a subtitle that reaches into it stays.
 void VideoReader::KeepSidePacket() {
-  if (packet_->stream_index == stream_->index) return;
+  if (packet_->stream_index == stream_->index || options_.range) return;
   pending_.emplace_back(CheckAlloc(av_packet_clone(packet_.get())));
 }
 
@@ -329,7 +356,7 @@ void VideoReader::ReleaseSidePackets(double until) {
 
 // The video's part ended before the file: the other streams go to the same time.
 void VideoReader::ReadSideStreamsToEnd() {
-  const double start = stream_->start_time == AV_NOPTS_VALUE ? 0 : FileSeconds(stream_->start_time);
+  const double start = FileSeconds(FirstOfStream());
   double end = next_ > 0 ? FileSeconds(fallback_) : 0;
   if (options_.end) end = std::min(end + kSideReach, *options_.end + start);
   if (options_.frames && next_ >= *options_.frames) end = FileSeconds(fallback_);
@@ -364,7 +391,8 @@ std::vector<std::string> VideoReader::Damage() const {
                                 damaged == 1 ? "" : "s"));
   }
   if (!readError_.empty()) lines.push_back(fmt::format("{}: cannot be read to its end: {}", name_, readError_));
-  if (!fileEnded_ || options_.start) return lines;  // nobody asked for the rest, or the beginning was jumped over
+  if (!fileEnded_ || options_.start || options_.range)
+    return lines;  // nobody asked for the rest, or the beginning was jumped over
   const int64_t promised = PromisedFrames();
   if (promised > next_) lines.push_back(fmt::format("{}: ended after {} of {} frames", name_, next_, promised));
   const std::optional<int64_t> size = input_.File().Size();
@@ -387,10 +415,11 @@ int64_t VideoReader::PromisedFrames() const {
   if (kind == "avi") return lastVideoStamp_ + 1 < stream_->nb_frames ? stream_->nb_frames : 0;
   if (kind.find("matroska") == std::string::npos || container.duration <= 0) return 0;
   const AVDictionaryEntry* own = av_dict_get(stream_->metadata, "DURATION", nullptr, AV_DICT_IGNORE_SUFFIX);
-  const double file = Seconds(container.duration, AV_TIME_BASE_Q) + fileStart_;
+  // Writers that give every stream its own end count all of them from zero, others from the first frame.
+  const double file = Seconds(container.duration, AV_TIME_BASE_Q) + (own ? 0 : fileStart_);
   const double end = own ? ParseDuration(own->value) : file;
   if (reached_ + std::max(0.5, 2 / Rate()) >= std::max(end, file)) return 0;
-  const double start = stream_->start_time == AV_NOPTS_VALUE ? 0 : FileSeconds(stream_->start_time);
+  const double start = FileSeconds(FirstOfStream());
   return std::max<int64_t>(std::llround((end - start) * Rate()), next_ + 1);
 }
 
@@ -400,7 +429,11 @@ void VideoReader::Convert(Picture& picture) {
   if (width <= 0 || height <= 0 || width > kMaxFrameSide || height > kMaxFrameSide) {
     throw Error(fmt::format("{}: unusable frame size {} by {}", name_, width, height));
   }
-  if (next_ == 1) size_ = {width, height};
+  if (next_ == 1) {
+    size_ = {width, height};
+    if (options_.range) size_ = options_.range->size;
+    if (options_.range && quarterTurns_ % 2 == 1) std::swap(size_.width, size_.height);
+  }
   if (width != size_.width || height != size_.height) {
     Note(fmt::format("{}: changes its size on the way; all frames are scaled to the first's, {} by {}", name_,
                      size_.width, size_.height));

@@ -2,6 +2,7 @@
 #ifndef KVX_HOSTS_KVX_MEDIA_VIDEO_READER_H_
 #define KVX_HOSTS_KVX_MEDIA_VIDEO_READER_H_
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -16,6 +17,10 @@
 namespace kvx {
 
 class Deinterlacer;
+
+// Where a frame lies, by its second in the clip, to the part that --start and --end choose.
+enum class PartSide { kBefore, kWithin, kBehind };
+PartSide SideOfPart(const InputOptions& options, double clipSeconds);
 
 class VideoReader : public FrameReader {
  public:
@@ -32,10 +37,32 @@ class VideoReader : public FrameReader {
   std::vector<std::string> Damage() const override;
   const SourceMedia* Media() const override { return &media_; }
 
+  // Instead of Read, where the frames come from elsewhere: the streams beside the video alone. The first frame that was
+  // chosen has this stamp. Then, for each frame, the second of the result at which it is shown; the number of frames at
+  // the end.
+  void BeginBeside(int64_t firstStamp);
+  void PassBeside(double seconds);
+  void EndBeside(int64_t frames);
+
  private:
+  // How the first frame of a range is reached: the next way where one does not serve.
+  enum class Approach {
+    kSeek,  // to the key frame before it
+    kSkip,  // from the beginning, without decoding until that key frame
+    kDecode,
+  };
+
   void OpenDecoder();
   void Describe();
   void SeekToStart();
+  void SeekToRange();
+  bool IsBeforeKey();  // asked for each packet of the video until the range's key frame comes
+  bool Rewind(Approach approach);
+  bool BeginsAsPlanned(int64_t stamp);
+  bool ReadBeside();
+  int64_t Step() const { return std::max<int64_t>(1, av_rescale_q(1, av_inv_q(media_.rate), stream_->time_base)); }
+  void BeginResult(int64_t stamp, double clipSeconds);
+  int64_t FirstOfStream() const { return stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time; }
 
   bool NextDecoded();  // into decoded_
   bool NextShown();    // the same, deinterlaced if that is wanted
@@ -43,6 +70,7 @@ class VideoReader : public FrameReader {
   void KeepSidePacket();
   void ReleaseSidePackets(double until);  // seconds of the file
   void ReadSideStreamsToEnd();
+  void EndSideStreams();
   void NoteWhatIsLost();
   int64_t PromisedFrames() const;
   void Convert(Picture& picture);
@@ -69,6 +97,9 @@ class VideoReader : public FrameReader {
   int64_t firstPlace_ = 0;
   int64_t fallback_ = 0;  // the stamp of the next frame if it has none
   bool ended_ = false;
+  int64_t lastShown_ = 0;
+  bool awaitsKey_ = false;
+  Approach approach_ = Approach::kSeek;
 
   std::deque<PacketPtr> pending_;  // side packets that are not released yet
   int64_t packetsRead_ = 0;        // of the video

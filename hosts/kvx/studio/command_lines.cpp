@@ -2,9 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cctype>
-#include <cstring>
 #include <filesystem>
 
 #include "hostkit/text.h"
@@ -31,14 +28,6 @@ std::string FileWord(const std::string& path) {
 }
 
 }  // namespace
-
-std::string ShellWord(const std::string& text) {
-  const auto plain = [](unsigned char c) { return std::isalnum(c) || (c && std::strchr("%+,-./:=@_", c)); };
-  if (!text.empty() && std::all_of(text.begin(), text.end(), plain)) return text;
-  std::string word = "'";
-  for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return word + "'";
-}
 
 CommandLine KvxLine(const Project& project, const Clip& clip, const std::string& output) {
   std::string line = "kvx render";

@@ -21,9 +21,6 @@ CommandLine KvxLine(const Project& project, const Clip& clip, const std::string&
 CommandLine GstLine(const Project& project, const Clip& clip);
 CommandLine MeltLine(const Project& project, const Clip& clip);
 
-// `text` as one word of a shell.
-std::string ShellWord(const std::string& text);
-
 }  // namespace kvx
 
 #endif  // KVX_HOSTS_KVX_STUDIO_COMMAND_LINES_H_
