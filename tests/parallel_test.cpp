@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <barrier>
+#include <opencv2/core/utility.hpp>
 #include <thread>
 #include <vector>
 
 #include "framework/factory/effect_table.h"
+#include "tests/support/draws.h"
 #include "tests/support/frames.h"
 
 namespace {
@@ -44,6 +46,27 @@ TEST(Parallel, NeighboursInTheTableAtOnce) {
     work(rows[i].id);
     other.join();
   }
+}
+
+// One effect for each way in which a large frame is divided: pixels, rows with neighbours, columns, cells, maps, water,
+// a kept field, a library's blur, panes, fills. Some work in place, so a row done twice would show.
+TEST(Parallel, ALargeFrameIsTheSameOnAnyNumberOfThreads) {
+  constexpr int32_t kWidth = 1633, kHeight = 1229, kThreads = 2;
+  const int before = cv::getNumThreads();
+  const auto render = [](int32_t id, int threads) {
+    cv::setNumThreads(threads);
+    SeedRandom(1);
+    const auto processor = MakeEffect(id, kWidth, kHeight);
+    FrameBuffer src(kWidth, kHeight), dst(kWidth, kHeight);
+    src.FillTestPicture(5);
+    for (int32_t frame = 0; frame < 2; ++frame) RunFrame(*processor, src, dst, Values(id, {40, 30, 20, 10}), frame, 60);
+    return dst.Packed();
+  };
+  for (const int32_t id : {16,  17,  19,  20,  22,  29,  33,  34,  45,  63,  66,  72,  149,  154, 156,
+                           157, 159, 165, 172, 174, 176, 180, 181, 182, 183, 188, 190, 1376, 1385}) {
+    EXPECT_EQ(render(id, 1), render(id, kThreads)) << "effect " << id;
+  }
+  cv::setNumThreads(before);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "framework/frame.h"
+#include "framework/parallel.h"
 #include "framework/pixels.h"
 #include "platform/image.h"
 
@@ -48,17 +49,20 @@ struct KeepSource {
 // `tone` gives the pixel that is covered, and the source becomes that pixel.
 template <typename Tone>
 void DrawOverlay(FrameView src, FrameView dst, const uint8_t* picture, float alphaFactor, Tone tone) {
-  for (int32_t y = 0; y < dst.height; ++y) {
-    uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4, picture += 4) {
-      const uint32_t s = tone(LoadPixel(in));
-      const uint32_t m = LoadPixel(picture);
-      if constexpr (!std::is_same_v<Tone, KeepSource>) StorePixel(in, s);
-      const uint32_t a = static_cast<uint32_t>(static_cast<int32_t>(static_cast<float>(m >> 24) * alphaFactor));
-      StorePixel(out, LayOver(s, m, a));
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      uint8_t* in = src.Row(y);
+      uint8_t* out = dst.Row(y);
+      const uint8_t* over = picture + 4 * static_cast<ptrdiff_t>(dst.width) * y;
+      for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4, over += 4) {
+        const uint32_t s = tone(LoadPixel(in));
+        const uint32_t m = LoadPixel(over);
+        if constexpr (!std::is_same_v<Tone, KeepSource>) StorePixel(in, s);
+        const uint32_t a = static_cast<uint32_t>(static_cast<int32_t>(static_cast<float>(m >> 24) * alphaFactor));
+        StorePixel(out, LayOver(s, m, a));
+      }
     }
-  }
+  });
 }
 
 #endif  // KVX_SOURCE_ASPECT_OVERLAY_H_

@@ -78,12 +78,11 @@ class parallelBGFCommon : public cv::ParallelLoopBody {
 
 // Multiplies bytes 0 to 2 by byte 3: c * a * 0.003921569 cut, which is c * a / 255 for all bytes.
 void Premultiply(FrameView image) {
-  for (int32_t y = 0; y < image.height; ++y) {
-    uint8_t* p = image.Row(y);
-    for (int32_t x = 0; x < image.width; ++x, p += 4) {
+  ForFillRows(image, [](int32_t, uint8_t* p, int32_t width) {
+    for (int32_t x = 0; x < width; ++x, p += 4) {
       for (int c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>(uint32_t{p[c]} * p[3] / 255);
     }
-  }
+  });
 }
 
 void Resize(FrameView src, FrameView dst) {

@@ -113,12 +113,12 @@ void Waves(FrameView image, int secondShift, Distance distance) {
   }
   const int32_t centerX = image.width / 2;
   const int32_t centerY = image.height / 2;
-  for (int32_t y = 0; y < image.height; ++y) {
-    uint8_t* p = image.Row(y);
-    for (int32_t x = 0; x < image.width; ++x, p += 4) {
-      AddToColor(p, light[static_cast<size_t>(distance(x - centerX, y - centerY) % pitch)]);
+  const int32_t* lights = light.data();
+  ForFillRows(image, [=](int32_t y, uint8_t* p, int32_t width) {
+    for (int32_t x = 0; x < width; ++x, p += 4) {
+      AddToColor(p, lights[distance(x - centerX, y - centerY) % pitch]);
     }
-  }
+  });
 }
 
 // One over a fast inverse square root: a guess from the bits and one Newton step. It comes out a little too great, so
@@ -247,24 +247,24 @@ void Frosted(FrameView image, const FillInput& input) {
   }
   Copy copy(image);
   const FrameView from = copy.View();
-  for (int32_t y = 0; y < image.height; ++y) {
-    const int32_t* distances = &grain[static_cast<size_t>(y / cell % kGrainSide) * kGrainSide];
-    uint8_t* out = image.Row(y);
-    for (int32_t x = 0; x < image.width; ++x) {
+  const int32_t* grains = grain.data();
+  ForFillRows(image, [=](int32_t y, uint8_t* out, int32_t width) {
+    const int32_t* distances = grains + y / cell % kGrainSide * kGrainSide;
+    for (int32_t x = 0; x < width; ++x) {
       const int32_t d = distances[x / cell % kGrainSide];
-      CopyColor(out + 4 * x, from.Pixel(std::min(x + d, image.width - 1), std::min(y + d, image.height - 1)));
+      CopyColor(out + 4 * x, from.Pixel(std::min(x + d, width - 1), std::min(y + d, from.height - 1)));
     }
-  }
+  });
 }
 
 void Noise(FrameView image, const FillInput& input) {
   const int32_t cell = std::max(image.height / 150, 1);
   const Grain grain = DrawNoise(Trunc32(double{input.level} * 256));
-  for (int32_t y = 0; y < image.height; ++y) {
-    const int32_t* offsets = &grain[static_cast<size_t>(y / cell % kGrainSide) * kGrainSide];
-    uint8_t* p = image.Row(y);
-    for (int32_t x = 0; x < image.width; ++x) AddToColor(p + 4 * x, offsets[x / cell % kGrainSide]);
-  }
+  const int32_t* grains = grain.data();
+  ForFillRows(image, [=](int32_t y, uint8_t* p, int32_t width) {
+    const int32_t* offsets = grains + y / cell % kGrainSide * kGrainSide;
+    for (int32_t x = 0; x < width; ++x) AddToColor(p + 4 * x, offsets[x / cell % kGrainSide]);
+  });
 }
 
 void RippleH(FrameView image, const FillInput& input) {
@@ -296,14 +296,14 @@ void ThreeD(FrameView image, const FillInput& input) {
   const int32_t pane = Trunc32(pitch * 0.92);
   Copy copy(image);
   FillBlur(image, Trunc32(std::min(image.width, image.height) * (double{input.level} * 0.7 + 0.3) / 8.8));
-  for (int32_t y = 0; y < image.height; ++y) {
-    const uint8_t* sharp = copy.View().Row(y);
-    uint8_t* out = image.Row(y);
+  const FrameView from = copy.View();
+  ForFillRows(image, [=](int32_t y, uint8_t* out, int32_t width) {
+    const uint8_t* sharp = from.Row(y);
     const bool bar = y % pitch > pane;
-    for (int32_t x = 0; x < image.width; ++x) {
+    for (int32_t x = 0; x < width; ++x) {
       if (bar || x % pitch > pane) CopyColor(out + 4 * x, sharp + 4 * x);
     }
-  }
+  });
 }
 
 void Perspect(FrameView image, const FillInput&) {

@@ -6,6 +6,18 @@
 #include <cstdint>
 
 #include "Source/BGFCommon.h"
+#include "framework/parallel.h"
+
+// `perRow(y, row, width)` for each row of a fill's box, which covers 0.3 of a frame each way unless it is set
+// otherwise: large frames are what counts.
+template <typename PerRow>
+void ForFillRows(FrameView image, PerRow perRow) {
+  ForRowBands(image.width, 0, image.height,
+              [=](int32_t begin, int32_t end) {
+                for (int32_t y = begin; y < end; ++y) perRow(y, image.Row(y), image.width);
+              },
+              {.pixels = kLargeFrame / 12});
+}
 
 // The stack blur at a radius of up to 254; below 1 nothing happens.
 void FillBlur(FrameView image, int32_t radius);

@@ -7,6 +7,7 @@
 
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/pixels.h"
 
@@ -71,25 +72,27 @@ void RaiseToDifference(const PlaneRow& a, int32_t xa, const PlaneRow& b, int32_t
 void Cartoon(ConstFrameView src, FrameView dst, int32_t threshold, int32_t distance) {
   if (dst.Empty()) return;
   const int32_t reach = std::min(distance, dst.width);
-  PlaneRow above(dst.width, reach), row(dst.width, reach), below(dst.width, reach);
-  std::vector<uint16_t> measure(static_cast<size_t>(dst.width));
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Row(y);
-    above.Load(src.Row(std::max(y - distance, 0)));
-    row.Load(in);
-    below.Load(src.Row(std::min(y + distance, dst.height - 1)));
-    std::fill(measure.begin(), measure.end(), uint16_t{0});
-    RaiseToDifference(row, -reach, row, reach, measure);
-    RaiseToDifference(above, 0, below, 0, measure);
-    RaiseToDifference(above, -reach, below, reach, measure);
-    RaiseToDifference(above, reach, below, -reach, measure);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x) {
-      uint32_t pixel = LoadPixel(in + 4 * x);
-      pixel = measure[static_cast<size_t>(x)] > threshold ? kLineColor : pixel & kEightLevels;
-      StorePixel(out + 4 * x, pixel);
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    PlaneRow above(dst.width, reach), row(dst.width, reach), below(dst.width, reach);
+    std::vector<uint16_t> measure(static_cast<size_t>(dst.width));
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* in = src.Row(y);
+      above.Load(src.Row(std::max(y - distance, 0)));
+      row.Load(in);
+      below.Load(src.Row(std::min(y + distance, dst.height - 1)));
+      std::fill(measure.begin(), measure.end(), uint16_t{0});
+      RaiseToDifference(row, -reach, row, reach, measure);
+      RaiseToDifference(above, 0, below, 0, measure);
+      RaiseToDifference(above, -reach, below, reach, measure);
+      RaiseToDifference(above, reach, below, -reach, measure);
+      uint8_t* out = dst.Row(y);
+      for (int32_t x = 0; x < dst.width; ++x) {
+        uint32_t pixel = LoadPixel(in + 4 * x);
+        pixel = measure[static_cast<size_t>(x)] > threshold ? kLineColor : pixel & kEightLevels;
+        StorePixel(out + 4 * x, pixel);
+      }
     }
-  }
+  });
 }
 
 // The highest measure that is not above the threshold. Nothing is above NaN.

@@ -8,6 +8,7 @@
 
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/random.h"
 #include "framework/row_loops.h"
@@ -42,7 +43,7 @@ int64_t SumOfSquares(int32_t a, int32_t b) {
 
 // The distance that decides, as it is defined: with every rounding of the 32-bit floats.
 struct Metric {
-  float longest;     // the frame's diagonal
+  float longest;    // the frame's diagonal
   float mostColor;  // from black to white
   double weight;
 
@@ -88,12 +89,13 @@ class Search {
     }
   }
 
-  void Row(const uint8_t* in, int32_t y, uint8_t* nearest) {
-    const auto count = static_cast<size_t>(squares_.count);
-    for (size_t i = 0; i < count; ++i) squares_.rows[i] = Place(y - clusters_[i].y);
+  void Row(const uint8_t* in, int32_t y, uint8_t* nearest) const {
+    ClusterSquares squares = squares_;
+    const auto count = static_cast<size_t>(squares.count);
+    for (size_t i = 0; i < count; ++i) squares.rows[i] = Place(y - clusters_[i].y);
     for (int32_t left = 0; left < width_; left += kClusterPiece) {
-      for (size_t i = 0; i < count; ++i) squares_.columns[i] = &columns_[i * static_cast<size_t>(width_)] + left;
-      NearestClusters(squares_, in + 4 * left, nearest + left, std::min(kClusterPiece, width_ - left));
+      for (size_t i = 0; i < count; ++i) squares.columns[i] = &columns_[i * static_cast<size_t>(width_)] + left;
+      NearestClusters(squares, in + 4 * left, nearest + left, std::min(kClusterPiece, width_ - left));
     }
     for (int32_t x = 0; x < width_; ++x) {
       if (nearest[x] == kDoubtful) nearest[x] = metric_.Nearest(clusters_, count, in + 4 * x, x, y);
@@ -114,21 +116,23 @@ class Search {
 // Bytes 0 to 2 in the nearest cluster's colour; byte 3 of the destination stays as it is.
 void Paint(ConstFrameView src, FrameView dst, const Clusters& clusters, size_t count, const Metric& metric) {
   const bool weightIsShare = metric.weight >= 0 && metric.weight <= 1;
-  Search search(clusters, weightIsShare ? count : 0, metric, dst.width);
-  std::vector<uint8_t> nearest(static_cast<size_t>(dst.width));
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    if (weightIsShare) {
-      search.Row(in, y, nearest.data());
-    } else {
-      for (int32_t x = 0; x < dst.width; ++x) {
-        nearest[static_cast<size_t>(x)] = metric.Nearest(clusters, count, in + 4 * x, x, y);
+  const Search search(clusters, weightIsShare ? count : 0, metric, dst.width);
+  ForRowBands(dst.width, 0, dst.height, [=, &search, &clusters](int32_t begin, int32_t end) {
+    std::vector<uint8_t> nearest(static_cast<size_t>(dst.width));
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* in = src.Row(y);
+      uint8_t* out = dst.Row(y);
+      if (weightIsShare) {
+        search.Row(in, y, nearest.data());
+      } else {
+        for (int32_t x = 0; x < dst.width; ++x) {
+          nearest[static_cast<size_t>(x)] = metric.Nearest(clusters, count, in + 4 * x, x, y);
+        }
       }
+      for (int32_t x = 0; x < dst.width; ++x)
+        std::memcpy(out + 4 * x, clusters[nearest[static_cast<size_t>(x)]].color, 3);
     }
-    for (int32_t x = 0; x < dst.width; ++x)
-      std::memcpy(out + 4 * x, clusters[nearest[static_cast<size_t>(x)]].color, 3);
-  }
+  });
 }
 
 }  // namespace

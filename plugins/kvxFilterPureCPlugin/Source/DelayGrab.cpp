@@ -8,6 +8,7 @@
 #include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/random.h"
 #include "platform/clock.h"
@@ -41,24 +42,28 @@ int32_t Age(int32_t mode, int32_t row, int32_t column, int32_t down, int32_t acr
 }
 
 void CopySinglePixels(const Frames& frames, const uint8_t* table, FrameView dst) {
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const size_t first = static_cast<size_t>(y) * static_cast<size_t>(dst.width);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x) StorePixel(out, x, LoadPixel(frames[table[first + x]] + 4 * first, x));
-  }
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const size_t first = static_cast<size_t>(y) * static_cast<size_t>(dst.width);
+      uint8_t* out = dst.Row(y);
+      for (int32_t x = 0; x < dst.width; ++x) StorePixel(out, x, LoadPixel(frames[table[first + x]] + 4 * first, x));
+    }
+  });
 }
 
 // Rows and columns beyond the last whole block stay as the destination held them.
 void CopyBlocks(const Frames& frames, const uint8_t* table, int32_t across, int32_t down, int32_t size, FrameView dst) {
-  for (int32_t y = 0; y < down * size; ++y) {
-    const uint8_t* ages = table + static_cast<size_t>(y / size) * static_cast<size_t>(across);
-    const size_t rowStart = 4 * static_cast<size_t>(y) * static_cast<size_t>(dst.width);
-    uint8_t* out = dst.Row(y);
-    for (int32_t column = 0, x = 0; column < across; ++column) {
-      const uint8_t* in = frames[ages[column]] + rowStart;
-      for (const int32_t end = x + size; x < end; ++x) StorePixel(out, x, LoadPixel(in, x));
+  ForRowBands(dst.width, 0, down * size, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* ages = table + static_cast<size_t>(y / size) * static_cast<size_t>(across);
+      const size_t rowStart = 4 * static_cast<size_t>(y) * static_cast<size_t>(dst.width);
+      uint8_t* out = dst.Row(y);
+      for (int32_t column = 0, x = 0; column < across; ++column) {
+        const uint8_t* in = frames[ages[column]] + rowStart;
+        for (const int32_t right = x + size; x < right; ++x) StorePixel(out, x, LoadPixel(in, x));
+      }
     }
-  }
+  });
 }
 
 }  // namespace
@@ -113,8 +118,8 @@ void CDelayGrab::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t ds
 
   head_ = (head_ + kFrames - 1) % kFrames;
   const size_t frameBytes = 4 * PixelCount(width, height);
-  CopyVisible(ConstFrameView{src, width, height, srcStep},
-              PackedDest(ring_.Data() + head_ * frameBytes, width, height));
+  CopyVisibleInBands(ConstFrameView{src, width, height, srcStep},
+                     PackedDest(ring_.Data() + head_ * frameBytes, width, height));
   Frames frames;
   for (uint32_t age = 0; age < kFrames; ++age) frames[age] = ring_.Data() + (head_ + age) % kFrames * frameBytes;
   const FrameView out{dst, width, height, dstStep};

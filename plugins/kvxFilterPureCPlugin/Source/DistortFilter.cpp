@@ -9,6 +9,7 @@
 #include "framework/frame.h"
 #include "framework/host_log.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -78,32 +79,35 @@ class Run {
 // last ones include the last column and row.
 void FillCells(ConstFrameView src, FrameView dst, const std::vector<int32_t>& columns, const std::vector<int32_t>& rows,
                const std::vector<GridPoint>& grid) {
-  for (size_t r = 0; r + 1 < rows.size(); ++r) {
-    const int32_t h = rows[r + 1] - rows[r];
-    const int32_t endRow = r + 2 == rows.size() ? rows[r + 1] + 1 : rows[r + 1];
-    for (int32_t y = rows[r]; y < endRow; ++y) {
-      const int64_t j = y - rows[r];
-      const auto onLine = [&](size_t line) {
-        const GridPoint& top = grid[r * columns.size() + line];
-        const GridPoint& bottom = grid[(r + 1) * columns.size() + line];
-        return GridPoint{static_cast<int32_t>(top.x + (int64_t{bottom.x} - top.x) * j / h),
-                         static_cast<int32_t>(top.y + (int64_t{bottom.y} - top.y) * j / h)};
-      };
-      uint8_t* out = dst.Row(y);
-      GridPoint left = onLine(0);
-      for (size_t k = 0; k + 1 < columns.size(); ++k) {
-        const GridPoint right = onLine(k + 1);
-        const int32_t w = columns[k + 1] - columns[k];
-        const int32_t count = k + 2 == columns.size() ? w + 1 : w;
-        Run x(left.x, right.x, w), sourceY(left.y, right.y, w);
-        for (int32_t i = 0; i < count; ++i, out += 4) {
-          const int32_t column = x.Next(src.width);
-          std::memcpy(out, src.Pixel(column, sourceY.Next(src.height)), 4);
+  const auto last = static_cast<int32_t>(rows.size()) - 1;
+  ForRowBands(dst.width * kCell, 0, last, [=, &columns, &rows, &grid](int32_t begin, int32_t end) {
+    for (auto r = static_cast<size_t>(begin); r < static_cast<size_t>(end); ++r) {
+      const int32_t h = rows[r + 1] - rows[r];
+      const int32_t endRow = r + 2 == rows.size() ? rows[r + 1] + 1 : rows[r + 1];
+      for (int32_t y = rows[r]; y < endRow; ++y) {
+        const int64_t j = y - rows[r];
+        const auto onLine = [&](size_t line) {
+          const GridPoint& top = grid[r * columns.size() + line];
+          const GridPoint& bottom = grid[(r + 1) * columns.size() + line];
+          return GridPoint{static_cast<int32_t>(top.x + (int64_t{bottom.x} - top.x) * j / h),
+                           static_cast<int32_t>(top.y + (int64_t{bottom.y} - top.y) * j / h)};
+        };
+        uint8_t* out = dst.Row(y);
+        GridPoint left = onLine(0);
+        for (size_t k = 0; k + 1 < columns.size(); ++k) {
+          const GridPoint right = onLine(k + 1);
+          const int32_t w = columns[k + 1] - columns[k];
+          const int32_t count = k + 2 == columns.size() ? w + 1 : w;
+          Run x(left.x, right.x, w), sourceY(left.y, right.y, w);
+          for (int32_t i = 0; i < count; ++i, out += 4) {
+            const int32_t column = x.Next(src.width);
+            std::memcpy(out, src.Pixel(column, sourceY.Next(src.height)), 4);
+          }
+          left = right;
         }
-        left = right;
       }
     }
-  }
+  });
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "Source/EdgeLight.h"
 #include "framework/frame.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/row_loops.h"
 
@@ -17,11 +18,13 @@ constexpr ParamRow kEdgeglowParams[] = {{u"Thresh", 0, 1, 400}, {u"Upscale", 0, 
 void EdgeGlow(ConstFrameView src, FrameView dst, const EdgeLight& light) {
   const int32_t inner = src.width - 2;
   if (inner <= 0) return;
-  std::vector<uint8_t> edges(static_cast<size_t>(inner) * 4);
-  for (int32_t y = 1; y < dst.height - 1; ++y) {
-    SobelRow(src.Pixel(1, y - 1), src.Pixel(1, y), src.Pixel(1, y + 1), edges.data(), inner);
-    RelightRow(src.Pixel(1, y), edges.data(), dst.Pixel(1, y), inner, light);
-  }
+  ForRowBands(dst.width, 1, dst.height - 1, [=](int32_t begin, int32_t end) {
+    std::vector<uint8_t> edges(static_cast<size_t>(inner) * 4);
+    for (int32_t y = begin; y < end; ++y) {
+      SobelRow(src.Pixel(1, y - 1), src.Pixel(1, y), src.Pixel(1, y + 1), edges.data(), inner);
+      RelightRow(src.Pixel(1, y), edges.data(), dst.Pixel(1, y), inner, light);
+    }
+  });
 }
 
 }  // namespace

@@ -76,7 +76,16 @@ void CGlow::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep
   cv::Mat result(height, width, CV_8UC4, dst, static_cast<size_t>(dstStep));
   const int32_t window = WindowOf(amount, std::max(width, height));
   if (window > 1) {
-    WithWorkers([&] { cv::blur(source, blurred, cv::Size(window, window), cv::Point(-1, -1), cv::BORDER_DEFAULT); });
+    // A band's blur sees the rows of the picture around it; adding up the first window is paid for in each.
+    ForRowBands(width, 0, height,
+                [&](int32_t begin, int32_t end) {
+                  cv::Mat band = blurred.rowRange(begin, end);
+                  WithWorkers([&] {
+                    cv::blur(source.rowRange(begin, end), band, cv::Size(window, window), cv::Point(-1, -1),
+                             cv::BORDER_DEFAULT);
+                  });
+                },
+                {.rows = 4 * window});
     ParallelFor(cv::Range(0, height), parallelCGlowInvoker(&result, &blurred, &source));
   } else {
     ParallelFor(cv::Range(0, height), parallelCGlowInvoker(&result, &source, &source));

@@ -74,7 +74,7 @@ uint32_t ByteOf(float value) {
 }
 
 void Transform(ConstFrameView src, FrameView dst, const Matrix4& m) {
-  MapPixels(src, dst, [m](uint32_t pixel) {
+  MapPixelsInBands(src, dst, [m](uint32_t pixel) {
     const float b0 = static_cast<float>(static_cast<int32_t>(pixel & 255));
     const float b1 = static_cast<float>(static_cast<int32_t>(pixel >> 8 & 255));
     const float b2 = static_cast<float>(static_cast<int32_t>(pixel >> 16 & 255));

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "framework/frame.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/pixels.h"
 
@@ -77,22 +78,24 @@ constexpr uint32_t kOpaqueBlack = 0xFF000000;
 
 void CorrectLens(ConstFrameView src, FrameView dst, const lens_correction::Lens& lens) {
   using namespace lens_correction;
-  Places places;
-  for (int32_t y = 0; y < dst.height; ++y) {
-    for (int32_t begin = 0; begin < dst.width; begin += kChunk) {
-      const int32_t count = std::min(kChunk, dst.width - begin);
-      HWY_DYNAMIC_DISPATCH(FindPlaces)(lens, begin, count, y, places);
-      uint8_t* out = dst.Pixel(begin, y);
-      for (int32_t i = 0; i < count; ++i, out += 4) {
-        const int32_t column = places.columns[i], row = places.rows[i];
-        const bool inside = static_cast<uint32_t>(column) < static_cast<uint32_t>(dst.width) &&
-                            static_cast<uint32_t>(row) < static_cast<uint32_t>(dst.height);
-        uint32_t pixel = kOpaqueBlack;
-        if (inside) pixel = LoadPixel(src.Pixel(column, row));
-        StorePixel(out, pixel);
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t first, int32_t last) {
+    Places places;
+    for (int32_t y = first; y < last; ++y) {
+      for (int32_t begin = 0; begin < dst.width; begin += kChunk) {
+        const int32_t count = std::min(kChunk, dst.width - begin);
+        HWY_DYNAMIC_DISPATCH(FindPlaces)(lens, begin, count, y, places);
+        uint8_t* out = dst.Pixel(begin, y);
+        for (int32_t i = 0; i < count; ++i, out += 4) {
+          const int32_t column = places.columns[i], row = places.rows[i];
+          const bool inside = static_cast<uint32_t>(column) < static_cast<uint32_t>(dst.width) &&
+                              static_cast<uint32_t>(row) < static_cast<uint32_t>(dst.height);
+          uint32_t pixel = kOpaqueBlack;
+          if (inside) pixel = LoadPixel(src.Pixel(column, row));
+          StorePixel(out, pixel);
+        }
       }
     }
-  }
+  });
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 
 // The samplers are compiled once for each vector target; all give the same bytes.
 #undef HWY_TARGET_INCLUDE
@@ -174,9 +175,10 @@ struct Separable {
   }
 };
 
-// Not inlined: together in one function the samplers would fight for registers.
+// Rows `begin` to `end` - 1. Not inlined: together in one function the samplers would fight for registers.
 template <typename Sampler>
-[[gnu::noinline]] void Remap(ConstFrameView src, FrameView dst, const SourcePosition* map, uint32_t fill) {
+[[gnu::noinline]] void Remap(ConstFrameView src, FrameView dst, const SourcePosition* map, uint32_t fill, int32_t begin,
+                             int32_t end) {
   constexpr int32_t kChunk = 256;
   constexpr int32_t kOutside = INT32_MIN;
   const auto coordinate = [](float position, int32_t size) {
@@ -187,7 +189,8 @@ template <typename Sampler>
   };
   int32_t columns[kChunk];
   int32_t rows[kChunk];
-  for (int32_t y = 0; y < dst.height; ++y) {
+  map += static_cast<ptrdiff_t>(begin) * dst.width;
+  for (int32_t y = begin; y < end; ++y) {
     for (int32_t x0 = 0; x0 < dst.width; x0 += kChunk) {
       const int32_t count = std::min(kChunk, dst.width - x0);
       for (int32_t i = 0; i < count; ++i) {
@@ -205,25 +208,29 @@ template <typename Sampler>
   }
 }
 
+using RemapRows = void (*)(ConstFrameView src, FrameView dst, const SourcePosition* map, uint32_t fill, int32_t begin,
+                           int32_t end);
+
 }  // namespace
 
-void RemapFrame(ConstFrameView src, FrameView dst, const SourcePosition* map, Sampling sampling, uint32_t fill) {
+RemapRows RemapOf(Sampling sampling) {
   switch (sampling) {
     case Sampling::kNearest:
-      return Remap<Nearest>(src, dst, map, fill);
+      return Remap<Nearest>;
     case Sampling::kBilinear:
-      return Remap<Bilinear>(src, dst, map, fill);
+      return Remap<Bilinear>;
     case Sampling::kCubicSmooth:
-      return Remap<Separable<Cubic<-2>>>(src, dst, map, fill);
+      return Remap<Separable<Cubic<-2>>>;
     case Sampling::kCubicSharp:
-      return Remap<Separable<Cubic<-4>>>(src, dst, map, fill);
+      return Remap<Separable<Cubic<-4>>>;
     case Sampling::kSpline16:
-      return Remap<Separable<Spline16>>(src, dst, map, fill);
+      return Remap<Separable<Spline16>>;
     case Sampling::kSpline36:
-      return Remap<Separable<Spline36>>(src, dst, map, fill);
+      return Remap<Separable<Spline36>>;
     case Sampling::kLanczos:
-      return Remap<Separable<Lanczos>>(src, dst, map, fill);
+      break;
   }
+  return Remap<Separable<Lanczos>>;
 }
 
 }  // namespace HWY_NAMESPACE
@@ -233,7 +240,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace lens_map {
-HWY_EXPORT(RemapFrame);
+HWY_EXPORT(RemapOf);
 }  // namespace lens_map
 
 LensMap AllocateLensMap(int32_t width, int32_t height) {
@@ -244,7 +251,8 @@ LensMap AllocateLensMap(int32_t width, int32_t height) {
 
 void RemapFrame(ConstFrameView src, FrameView dst, const SourcePosition* map, Sampling sampling, uint32_t fill) {
   using namespace lens_map;
-  HWY_DYNAMIC_DISPATCH(RemapFrame)(src, dst, map, sampling, fill);
+  const auto remap = HWY_DYNAMIC_DISPATCH(RemapOf)(sampling);
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) { remap(src, dst, map, fill, begin, end); });
 }
 
 #endif  // HWY_ONCE

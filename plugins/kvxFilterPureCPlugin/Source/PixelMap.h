@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "framework/frame.h"
+#include "framework/parallel.h"
 #include "framework/pixel_kernels.h"
 #include "framework/pixels.h"
 
@@ -18,6 +19,15 @@ void MapPixels(ConstFrameView src, FrameView dst, PixelOf pixelOf) {
       StorePixel(out + 4 * x, pixelOf(LoadPixel(in + 4 * x)));
     }
   }
+}
+
+// The same on several threads where the frame is large, for what takes longer than memory does.
+template <typename PixelOf>
+void MapPixelsInBands(ConstFrameView src, FrameView dst, PixelOf pixelOf) {
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    MapPixels({src.Row(begin), src.width, end - begin, src.step}, {dst.Row(begin), dst.width, end - begin, dst.step},
+              pixelOf);
+  });
 }
 
 // Bytes 0, 1 and 2 of every pixel each through a table of its own, byte 3 copied.

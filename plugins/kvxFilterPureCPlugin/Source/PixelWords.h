@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "framework/frame.h"
+#include "framework/parallel.h"
 #include "framework/pixels.h"
 
 inline constexpr uint32_t kOpaqueBlack = 0xFF000000;
@@ -22,6 +23,13 @@ inline void FillPixels(uint8_t* row, int32_t begin, int32_t end, uint32_t pixel)
 // Row by row, the visible pixels only.
 inline void CopyVisible(ConstFrameView src, FrameView dst) {
   for (int32_t y = 0; y < dst.height; ++y) CopyPixels(src.Row(y), dst.Row(y), dst.width);
+}
+
+// The same on several threads where the frame is large, before work that does so, too.
+inline void CopyVisibleInBands(ConstFrameView src, FrameView dst) {
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) CopyPixels(src.Row(y), dst.Row(y), dst.width);
+  });
 }
 
 #endif  // KVX_SOURCE_PIXEL_WORDS_H_

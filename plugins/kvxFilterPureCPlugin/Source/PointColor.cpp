@@ -36,7 +36,7 @@ void Primaries(ConstFrameView src, FrameView dst, int32_t n) {
     return;
   }
   const std::array<uint8_t, 766> means = MeansOf(n);
-  MapPixels(src, dst, [&](uint32_t pixel) {
+  MapPixelsInBands(src, dst, [&means](uint32_t pixel) {
     const uint32_t b0 = pixel & 255, b1 = pixel >> 8 & 255, b2 = pixel >> 16 & 255;
     const uint32_t m = means[b0 + b1 + b2];
     // The sign of m - byte selects the whole byte.

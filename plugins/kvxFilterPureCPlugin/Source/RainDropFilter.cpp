@@ -54,8 +54,8 @@ void CRainDrop::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dst
 
   const ConstFrameView in{src, width, height, srcStep};
   const FrameView out{dst, width, height, dstStep};
-  CopyVisible(in, PackedDest(surface_.Copy(), width, height));
-  CopyVisible(in, out);
+  CopyVisibleInBands(in, PackedDest(surface_.Copy(), width, height));
+  CopyVisibleInBands(in, out);
 
   if (g_countdown.fetch_sub(1, std::memory_order_relaxed) - 1 < density_) {
     const int32_t y = random_.Below(height);

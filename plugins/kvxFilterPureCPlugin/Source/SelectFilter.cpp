@@ -30,7 +30,7 @@ constexpr float kInverseTolerance = 1.0f / 0.2f;
 
 // A soft-edged ball about a light gray, inverted, joined with the source's alpha.
 void Select(ConstFrameView src, FrameView dst) {
-  MapPixels(src, dst, [](uint32_t pixel) {
+  MapPixelsInBands(src, dst, [](uint32_t pixel) {
     const auto away = [](uint32_t byte) {
       return (static_cast<float>(static_cast<int32_t>(byte)) * kByte - kColor) * kInverseTolerance;
     };

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/pixels.h"
 #include "framework/transpose.h"
 
@@ -110,19 +111,22 @@ void BlurStrip(FrameView strip, int32_t radius, uint8_t* ring) {
   }
 }
 
-void BlurColumns(FrameView frame, int32_t radius, uint8_t* ring) {
-  for (int32_t x = 0; x < frame.width; x += kStripWidth) {
-    BlurStrip({frame.Pixel(x, 0), std::min(kStripWidth, frame.width - x), frame.height, frame.step}, radius, ring);
+void BlurColumns(FrameView frame, int32_t radius, int32_t first, int32_t last) {
+  std::vector<uint8_t> ring(static_cast<size_t>(radius + 1) * kLanes);
+  for (int32_t x = first; x < last; x += kStripWidth) {
+    BlurStrip({frame.Pixel(x, 0), std::min(kStripWidth, frame.width - x), frame.height, frame.step}, radius,
+              ring.data());
   }
 }
 
-void BlurRows(FrameView frame, int32_t radius, uint8_t* ring) {
+void BlurRows(FrameView frame, int32_t radius, int32_t first, int32_t last) {
+  std::vector<uint8_t> ring(static_cast<size_t>(radius + 1) * kLanes);
   std::vector<uint8_t> turned(static_cast<size_t>(frame.width) * kBandHeight * 4);
-  for (int32_t y = 0; y < frame.height; y += kBandHeight) {
+  for (int32_t y = first; y < last; y += kBandHeight) {
     const FrameView band{frame.Row(y), frame.width, std::min(kBandHeight, frame.height - y), frame.step};
     const FrameView columns{turned.data(), band.height, band.width, kBandHeight * 4};
     Transpose({band.data, band.width, band.height, band.step}, columns);
-    BlurStrip(columns, radius, ring);
+    BlurStrip(columns, radius, ring.data());
     Transpose({columns.data, columns.width, columns.height, columns.step}, band);
   }
 }
@@ -130,9 +134,13 @@ void BlurRows(FrameView frame, int32_t radius, uint8_t* ring) {
 }  // namespace
 
 void BlurFrame(FrameView frame, int32_t radius) {
-  std::vector<uint8_t> ring(static_cast<size_t>(radius + 1) * kLanes);
-  BlurRows(frame, radius, ring.data());
-  BlurColumns(frame, radius, ring.data());
+  const auto partsOf = [](int32_t size, int32_t part) { return (size + part - 1) / part; };
+  ForRowBands(frame.width * kBandHeight, 0, partsOf(frame.height, kBandHeight), [=](int32_t begin, int32_t end) {
+    BlurRows(frame, radius, begin * kBandHeight, std::min(end * kBandHeight, frame.height));
+  });
+  ForRowBands(frame.height * kStripWidth, 0, partsOf(frame.width, kStripWidth), [=](int32_t begin, int32_t end) {
+    BlurColumns(frame, radius, begin * kStripWidth, std::min(end * kStripWidth, frame.width));
+  });
 }
 
 }  // namespace HWY_NAMESPACE

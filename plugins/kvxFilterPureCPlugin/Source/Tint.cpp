@@ -1,6 +1,7 @@
 #include "Source/Tint.h"
 
 #include "framework/frame.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/pixels.h"
 
@@ -96,8 +97,10 @@ void CTint::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamVal
   const Lines lines = {LineOf(white_[2], black_[2]), LineOf(white_[1], black_[1]), LineOf(white_[0], black_[0])};
   const ConstFrameView in = PackedSource(src, width, height);
   const FrameView out = PackedDest(dst, width, height);
-  for (int32_t y = 0; y < out.height; ++y)
-    HWY_DYNAMIC_DISPATCH(TintRow)(in.Row(y), out.Row(y), out.width, lines, amount_);
+  ForRowBands(out.width, 0, out.height, [=, amount = amount_](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y)
+      HWY_DYNAMIC_DISPATCH(TintRow)(in.Row(y), out.Row(y), out.width, lines, amount);
+  });
 }
 
 #endif  // HWY_ONCE

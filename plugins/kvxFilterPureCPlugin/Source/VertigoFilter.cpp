@@ -7,6 +7,7 @@
 #include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -62,24 +63,23 @@ uint32_t Mix(uint32_t past, uint32_t source) {
 
 void MixWithPast(ConstFrameView src, FrameView dst, const uint32_t* past, uint32_t* next, const Motion& motion) {
   const int32_t last = src.width * src.height - 1;
-  int32_t rowX = motion.startX;
-  int32_t rowY = motion.startY;
-  for (int32_t y = 0; y < dst.height; ++y, next += dst.width) {
-    const uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    int32_t atX = rowX;
-    int32_t atY = rowY;
-    for (int32_t x = 0; x < dst.width; ++x) {
-      const int32_t at = ClampInt((atY >> 16) * dst.width + (atX >> 16), 0, last);
-      const uint32_t pixel = Mix(past[at], LoadPixel(in, x));
-      next[x] = pixel;
-      StorePixel(out, x, pixel);
-      atX = WrapAdd(atX, motion.stepX);
-      atY = WrapAdd(atY, motion.stepY);
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* in = src.Row(y);
+      uint8_t* out = dst.Row(y);
+      uint32_t* kept = next + static_cast<ptrdiff_t>(y) * dst.width;
+      int32_t atX = WrapSub(motion.startX, WrapMul(y, motion.stepY));
+      int32_t atY = WrapAdd(motion.startY, WrapMul(y, motion.stepX));
+      for (int32_t x = 0; x < dst.width; ++x) {
+        const int32_t at = ClampInt((atY >> 16) * dst.width + (atX >> 16), 0, last);
+        const uint32_t pixel = Mix(past[at], LoadPixel(in, x));
+        kept[x] = pixel;
+        StorePixel(out, x, pixel);
+        atX = WrapAdd(atX, motion.stepX);
+        atY = WrapAdd(atY, motion.stepY);
+      }
     }
-    rowX = WrapSub(rowX, motion.stepY);
-    rowY = WrapAdd(rowY, motion.stepX);
-  }
+  });
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "framework/frame.h"
 #include "framework/host_log.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -32,8 +33,13 @@ void CWaterRipple::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
     KVX_LOG_ALLOCATION_FAILURE("WaterRippleFilter");
     return;
   }
-  CopyRows(src, surface_.Copy(), width, height, srcStep, surface_.CopyStep());
-  CopyRows(src, dst, width, height, srcStep, dstStep);
+  const auto copyTo = [=, this](uint8_t* to, int32_t toStep) {
+    ForRowBands(width, 0, height, [=, w = width](int32_t begin, int32_t end) {
+      CopyRows(src + ptrdiff_t{begin} * srcStep, to + ptrdiff_t{begin} * toStep, w, end - begin, srcStep, toStep);
+    });
+  };
+  copyTo(surface_.Copy(), surface_.CopyStep());
+  copyTo(dst, dstStep);
   destPixels_ = dst;
   destStep_ = dstStep;
   WaterStep();

@@ -5,6 +5,7 @@
 #include "framework/frame.h"
 #include "framework/host_log.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 
 namespace {
 
@@ -36,8 +37,12 @@ void CWaterSuffer::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
   const FrameView out{dst, width, height, dstStep};
   const FrameView copy{surface_.Copy(), width, height, surface_.CopyStep()};
   const size_t rowBytes = static_cast<size_t>(width) * 4;
-  for (int32_t y = 0; y < height; ++y) std::memcpy(copy.Row(height - 1 - y), in.Row(y), rowBytes);
-  for (int32_t y = 0; y < height; ++y) std::memcpy(out.Row(y), copy.Row(height - 1 - y), rowBytes);
+  ForRowBands(width, 0, height, [=, last = height - 1](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      std::memcpy(copy.Row(last - y), in.Row(y), rowBytes);
+      std::memcpy(out.Row(y), copy.Row(last - y), rowBytes);
+    }
+  });
   destPixels_ = out.Row(height - 1);
   destStep_ = -dstStep;
   WaterStep();

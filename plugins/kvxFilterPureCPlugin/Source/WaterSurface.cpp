@@ -1,4 +1,5 @@
 #include "Source/WaterSurface.h"
+#include "framework/parallel.h"
 
 #include <cmath>
 #include <cstring>
@@ -50,8 +51,7 @@ void WaveRow(const int32_t* newest, int32_t* other, int32_t width, int32_t dampi
 
 }  // namespace
 
-WaterSurface::WaterSurface(int32_t width, int32_t height)
-    : width_(width), height_(height), interiorEnd_(WrapMul(WrapSub(height, 1), width)) {}
+WaterSurface::WaterSurface(int32_t width, int32_t height) : width_(width), height_(height) {}
 
 bool WaterSurface::Allocate(size_t heightFieldCells) {
   if (Cells() > INT32_MAX) return false;  // cells are counted in 32 bits
@@ -77,16 +77,22 @@ void WaterSurface::Displace(FrameView dst, const WaterRefraction& refraction) co
   const int32_t* newest = current_ ? fieldB_.Data() : fieldA_.Data();
   const uint32_t pixels = static_cast<uint32_t>(Cells());
   const uint32_t limit = refraction.onePastEnd ? pixels : pixels - 1;
-  for (int32_t y = rim; y < height_ - 1; ++y) {
-    const int32_t index = y * width_;
-    DisplaceRow(newest + index, width_, index, rim, width_ - rim, refraction.factor, copy_.Data(), limit, pixels - 1,
-                dst.Row(y));
-  }
+  ForRowBands(width_, rim, height_ - 1,
+              [=, width = width_, copy = copy_.Data(), factor = refraction.factor](int32_t begin, int32_t end) {
+                for (int32_t y = begin; y < end; ++y) {
+                  const int32_t index = y * width;
+                  DisplaceRow(newest + index, width, index, rim, width - rim, factor, copy, limit, pixels - 1,
+                              dst.Row(y));
+                }
+              });
 }
 
 void WaterSurface::WaveStep(int32_t damping) {
   const int32_t* newest = Field(current_);
   int32_t* other = Field(1 - current_);
-  for (int32_t i = width_; i < interiorEnd_; i += width_) WaveRow(newest + i, other + i, width_, damping & 31);
+  const int32_t width = width_;
+  ForRowBands(width, 1, height_ - 1, [=](int32_t begin, int32_t end) {
+    for (int32_t i = begin * width; i < end * width; i += width) WaveRow(newest + i, other + i, width, damping & 31);
+  });
   current_ = 1 - current_;
 }

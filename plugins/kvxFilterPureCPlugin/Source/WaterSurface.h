@@ -77,7 +77,6 @@ class WaterSurface {
   ZeroedArray<int32_t> fieldB_;
   ZeroedArray<uint32_t> copy_;
   int32_t current_ = 0;  // which field is newest
-  int32_t interiorEnd_;
 };
 
 template <typename HeightOf>

@@ -5,6 +5,7 @@
 #include "framework/frame.h"
 #include "framework/host_log.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -32,7 +33,9 @@ void CWaterSwirl::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t d
   }
   const ConstFrameView in{src, width, height, srcStep};
   const FrameView copy{surface_.Copy(), width, height, surface_.CopyStep()};
-  for (int32_t y = 0; y < height; ++y) std::memcpy(copy.Row(y), in.Row(y), static_cast<size_t>(width) * 4);
+  ForRowBands(width, 0, height, [=, rowBytes = 4 * static_cast<size_t>(width)](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) std::memcpy(copy.Row(y), in.Row(y), rowBytes);
+  });
   Stir();
   // No prefill: the last row, and pixels whose source lies outside, keep what the destination held.
   surface_.Displace(FrameView{dst, width, height, dstStep}, {.factor = 1, .wholeRows = true, .onePastEnd = false});

@@ -32,9 +32,8 @@ struct Hue {
 
 // The full circle of hues from bottom to top; value and saturation stay.
 int32_t Rainbow(EngineRecord&, const EngineImage& image) {
-  for (int32_t y = 0; y < image.height; ++y) {
+  ForEachRow(image, [=](int32_t y, uint8_t* p) {
     const Hue hue(360 * (image.height - y) / image.height);
-    uint8_t* p = image.Row(y);
     for (int32_t x = 0; x < image.width; ++x, p += 4) {
       const int32_t value = std::max({p[0], p[1], p[2]});
       const int32_t least = std::min({p[0], p[1], p[2]});
@@ -47,7 +46,7 @@ int32_t Rainbow(EngineRecord&, const EngineImage& image) {
       p[hue.sector.between] = hue.Between(saturation, value);
       p[hue.sector.lowest] = static_cast<uint8_t>(static_cast<int32_t>((1 - saturation) * value));
     }
-  }
+  });
   return kEngineDone;
 }
 

@@ -257,7 +257,7 @@ CurveSet CrossProcessCurves() {
   return MakeCurveSet(kCrossProcess);
 }
 
-void SineContrast(const EngineImage& from, const EngineImage& image, int32_t n) {
+Curve SineContrastCurve(int32_t n) {
   // These digits, not pi: with the exact half of pi the top entry would wrap to 0.
   constexpr double kPi = 3.1415926;
   constexpr double kHalfPi = 1.5707963;
@@ -267,6 +267,11 @@ void SineContrast(const EngineImage& from, const EngineImage& image, int32_t n) 
     const double x = ClampFloat(v * f / 256, -kHalfPi, kHalfPi);
     table[v + 128] = static_cast<uint8_t>(Trunc32(128 * std::sin(x) + 128));
   }
+  return table;
+}
+
+void SineContrast(const EngineImage& from, const EngineImage& image, int32_t n) {
+  const Curve table = SineContrastCurve(n);
   MapChannels(from, image, table.data(), table.data(), table.data());
 }
 

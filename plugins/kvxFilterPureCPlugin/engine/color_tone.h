@@ -5,7 +5,8 @@
 #include "engine/curve.h"
 #include "engine/engine.h"
 
-// B, G and R through a sine around 128; `n` is clamped to 0..100. `from` may be `image`.
+// A sine around 128; `n` is clamped to 0..100. And B, G and R through it: `from` may be `image`.
+Curve SineContrastCurve(int32_t n);
 void SineContrast(const EngineImage& from, const EngineImage& image, int32_t n);
 
 // Warmer above 50, colder below.

@@ -44,12 +44,13 @@ int32_t FourSeasons(EngineRecord&, const EngineImage& image) {
 }
 
 int32_t YellowOnGray(EngineRecord&, const EngineImage& image) {
-  ForEachPixel(image, [](uint8_t* p) { SetGray(p, static_cast<uint8_t>(Luma1024(p))); });
-  SineContrast(image, image, 5);
-  ForEachPixel(image, [](uint8_t* p) {
-    p[1] = Clamp(p[1] + 35);
-    p[2] = Clamp(p[2] + 41);
-  });
+  const Curve blue = SineContrastCurve(5);
+  Curve green, red;
+  for (size_t i = 0; i < blue.size(); ++i) {
+    green[i] = Clamp(blue[i] + 35);
+    red[i] = Clamp(blue[i] + 41);
+  }
+  MapGray(image, image, {117, 601, 306, 512, 1, 10}, blue, green, red);  // the weights of Luma1024
   return kEngineDone;
 }
 
@@ -141,19 +142,24 @@ int32_t Aegean(EngineRecord& record, const EngineImage& image) {
   const double reach = std::sqrt(static_cast<double>(cx) * cx + static_cast<double>(cy) * cy);
   const double bright = 0.65 * reach;
   const double fall = reach > 0 ? 0.35 * reach : 1;  // a frame of one pixel has no reach
-  ForEachPixel(image, [&](uint8_t* p) {
-    const double d = *map++;
-    uint8_t lit[3];
-    if (d >= bright) {
-      const double k = 1 - (d - bright) / fall * 0.6;
-      for (int c = 0; c < 3; ++c) lit[c] = static_cast<uint8_t>(static_cast<int32_t>(p[c] * k + 0.5));
-    } else {
-      const double gain = (1 - d / bright) * 0.1 * 255;
-      for (int c = 0; c < 3; ++c) lit[c] = static_cast<uint8_t>(std::min(static_cast<int32_t>(p[c] + gain + 0.5), 255));
+  ForEachRow(image, [=](int32_t y, uint8_t* p) {
+    const float* distances = map + static_cast<ptrdiff_t>(y) * image.width;
+    for (const uint8_t* end = p + static_cast<ptrdiff_t>(image.width) * 4; p < end; p += 4) {
+      const double d = *distances++;
+      uint8_t lit[3];
+      if (d >= bright) {
+        const double k = 1 - (d - bright) / fall * 0.6;
+        for (int c = 0; c < 3; ++c) lit[c] = static_cast<uint8_t>(static_cast<int32_t>(p[c] * k + 0.5));
+      } else {
+        const double gain = (1 - d / bright) * 0.1 * 255;
+        for (int c = 0; c < 3; ++c) {
+          lit[c] = static_cast<uint8_t>(std::min(static_cast<int32_t>(p[c] + gain + 0.5), 255));
+        }
+      }
+      p[0] = kCurves.blue[lit[0]];
+      p[1] = kCurves.green[lit[1]];
+      p[2] = kCurves.red[lit[2]];
     }
-    p[0] = kCurves.blue[lit[0]];
-    p[1] = kCurves.green[lit[1]];
-    p[2] = kCurves.red[lit[2]];
   });
   return kEngineDone;
 }

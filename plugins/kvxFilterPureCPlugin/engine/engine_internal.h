@@ -6,6 +6,7 @@
 #include <span>
 
 #include "engine/engine.h"
+#include "framework/parallel.h"
 #include "framework/pixel_kernels.h"
 #include "framework/pixels.h"
 
@@ -69,14 +70,22 @@ inline void SetGray(uint8_t* p, uint8_t gray) {
   p[0] = p[1] = p[2] = gray;
 }
 
-// `perPixel` gets the address of every pixel, row by row.
+// `perRow` gets every row's number and address; the rows of a large image on several threads, so it may not change
+// what it shares with itself.
+template <typename PerRow>
+void ForEachRow(const EngineImage& image, PerRow perRow) {
+  ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) perRow(y, image.Row(y));
+  });
+}
+
+// `perPixel` gets the address of every pixel, rows as above.
 template <typename PerPixel>
 void ForEachPixel(const EngineImage& image, PerPixel perPixel) {
-  const int32_t width = image.width;  // by itself: a byte written might be the image's own
-  for (int32_t y = 0; y < image.height; ++y) {
-    uint8_t* p = image.Row(y);
+  const int32_t width = image.width;
+  ForEachRow(image, [=](int32_t, uint8_t* p) {
     for (int32_t x = 0; x < width; ++x, p += 4) perPixel(p);
-  }
+  });
 }
 
 // Every pixel as a word 0xAARRGGBB through `map`. In these passes `from` may be `image`.

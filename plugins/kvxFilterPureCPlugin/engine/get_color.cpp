@@ -86,7 +86,7 @@ int32_t GetColor(EngineRecord& record, const EngineImage& image) {
     const int32_t bin = BinOf(hue);
     grays[hue] = bin != band && !(band == 0 && bin == 7);
   }
-  ForEachPixel(image, [&](uint8_t* p) {
+  ForEachPixel(image, [grays](uint8_t* p) {
     if (grays[kHues.HueOf(p)]) TurnGray(p);
   });
   return kEngineDone;

@@ -1,4 +1,5 @@
 #include "engine/half_box.h"
+#include "framework/parallel.h"
 
 #include <algorithm>
 #include <vector>
@@ -28,6 +29,8 @@ inline int32_t CutMean(int32_t sum, float inverse) {
 
 // Rows that the row pass turns into columns and takes side by side.
 constexpr int32_t kBandHeight = 16;
+// Columns that one thread takes at the least.
+constexpr int32_t kStripWidth = 64;
 
 // Even pixels take the mean of the window around them, in place: what lies before is averaged already. Odd pixels then
 // take the mean of their neighbours. `line` is `length` pixels of as many rows as make up `bytes`; alpha goes along.
@@ -59,9 +62,9 @@ void HalfBoxLine(uint8_t* line, int32_t length, int32_t bytes, int32_t radius) {
 }
 
 // Every row, alpha too, from the image to `rows`.
-void HalfBoxRows(const EngineImage& image, uint8_t* rows, int32_t radius) {
+void HalfBoxRows(const EngineImage& image, uint8_t* rows, int32_t radius, int32_t first, int32_t last) {
   std::vector<uint8_t> columns(static_cast<size_t>(image.width) * kBandHeight * 4);
-  for (int32_t y = 0; y < image.height; y += kBandHeight) {
+  for (int32_t y = first; y < last; y += kBandHeight) {
     const int32_t height = std::min(kBandHeight, image.height - y);
     const FrameView turned{columns.data(), height, image.width, height * 4};
     Transpose({image.Row(y), image.width, height, image.stepBytes}, turned);
@@ -113,8 +116,18 @@ void HalfBoxColumns(const EngineImage& image, const uint8_t* rows, int32_t radiu
 }  // namespace
 
 void HalfBoxBlur(const EngineImage& image, uint8_t* rows, int32_t radius, int32_t* sums, uint8_t* means) {
-  HalfBoxRows(image, rows, radius);
-  HalfBoxColumns(image, rows, radius, sums, means);
+  const auto partsOf = [](int32_t size, int32_t part) { return (size + part - 1) / part; };
+  ForRowBands(image.width * kBandHeight, 0, partsOf(image.height, kBandHeight), [=](int32_t begin, int32_t end) {
+    HalfBoxRows(image, rows, radius, begin * kBandHeight, std::min(end * kBandHeight, image.height));
+  });
+  ForRowBands(image.height * kStripWidth, 0, partsOf(image.width, kStripWidth), [=](int32_t begin, int32_t end) {
+    const int32_t left = begin * kStripWidth;
+    const ptrdiff_t offset = 4 * static_cast<ptrdiff_t>(left);
+    EngineImage strip = image;
+    strip.pixels += offset;
+    strip.width = std::min(end * kStripWidth, image.width) - left;
+    HalfBoxColumns(strip, rows + offset, radius, sums + offset, means + offset);
+  });
 }
 
 }  // namespace HWY_NAMESPACE

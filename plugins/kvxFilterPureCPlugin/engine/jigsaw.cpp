@@ -58,24 +58,26 @@ void FillRun(uint8_t* p, const uint8_t* end, Paint paint) {
 // The first pane must cover the frame. Rows between two edges of panes are alike: what each of their pixels gets is
 // worked out once, and every pixel is painted once.
 void PaintPanes(const EngineImage& image, std::span<const Pane> panes) {
-  std::vector<Paint> paints(static_cast<size_t>(image.width));
-  const auto column = [&](int32_t x) { return paints.begin() + std::clamp(x, 0, image.width); };
-  for (int32_t y = 0; y < image.height; ++y) {
-    const auto changes = [y](const Pane& pane) { return pane.top == y || pane.bottom == y; };
-    if (y == 0 || std::ranges::any_of(panes, changes)) {
-      for (const Pane& pane : panes) {
-        if (pane.top <= y && y < pane.bottom && pane.left < pane.right) {
-          std::fill(column(pane.left), column(pane.right), pane.paint);
+  ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
+    std::vector<Paint> paints(static_cast<size_t>(image.width));
+    const auto column = [&](int32_t x) { return paints.begin() + std::clamp(x, 0, image.width); };
+    for (int32_t y = begin; y < end; ++y) {
+      const auto changes = [y](const Pane& pane) { return pane.top == y || pane.bottom == y; };
+      if (y == begin || std::ranges::any_of(panes, changes)) {
+        for (const Pane& pane : panes) {
+          if (pane.top <= y && y < pane.bottom && pane.left < pane.right) {
+            std::fill(column(pane.left), column(pane.right), pane.paint);
+          }
         }
       }
+      uint8_t* row = image.Row(y);
+      for (auto run = paints.begin(); run != paints.end();) {
+        const auto next = std::find_if(run, paints.end(), [run](Paint paint) { return paint != *run; });
+        FillRun(row + 4 * (run - paints.begin()), row + 4 * (next - paints.begin()), *run);
+        run = next;
+      }
     }
-    uint8_t* row = image.Row(y);
-    for (auto run = paints.begin(); run != paints.end();) {
-      const auto next = std::find_if(run, paints.end(), [run](Paint paint) { return paint != *run; });
-      FillRun(row + 4 * (run - paints.begin()), row + 4 * (next - paints.begin()), *run);
-      run = next;
-    }
-  }
+  });
 }
 
 // Lines follow the frame: as thick as in a frame 640 pixels wide.

@@ -125,11 +125,12 @@ int32_t Kaleidoscope(EngineRecord& record, const EngineImage& image) {
     record.dirtyFlags &= ~(kDirtyTables | kDirtyParticles);
   }
   const size_t rowBytes = 4 * static_cast<size_t>(width);
-  for (int32_t row = 0; row < height; ++row) std::memcpy(source + row * rowBytes, image.Row(row), rowBytes);
-  for (int32_t row = 0; row < height; ++row) {
+  ForEachRow(image, [=](int32_t row, const uint8_t* p) {
+    std::memcpy(source + static_cast<size_t>(row) * rowBytes, p, rowBytes);
+  });
+  ForEachRow(image, [=](int32_t row, uint8_t* p) {
     const int32_t* from = map + static_cast<ptrdiff_t>(row) * width;
-    uint8_t* p = image.Row(row);
     for (int32_t x = 0; x < width; ++x) std::memcpy(p + 4 * x, source + 4 * static_cast<size_t>(from[x]), 4);
-  }
+  });
   return kEngineDone;
 }

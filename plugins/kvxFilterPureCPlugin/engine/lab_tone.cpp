@@ -165,11 +165,11 @@ HWY_EXPORT(ToLinear);
 int32_t LabTone(EngineRecord&, const EngineImage& image) {
   using namespace lab_tone;
   static const ToneTables tables;
-  Piece piece;
-  for (int32_t y = 0; y < image.height; ++y) {
+  ForEachRow(image, [=](int32_t, uint8_t* row) {
+    Piece piece;
     for (int32_t begin = 0; begin < image.width; begin += Piece::kMost) {
       const int32_t count = std::min(Piece::kMost, image.width - begin);
-      uint8_t* pixels = image.Row(y) + 4 * static_cast<ptrdiff_t>(begin);
+      uint8_t* pixels = row + 4 * static_cast<ptrdiff_t>(begin);
       for (int32_t i = 0; i < count; ++i) {
         const uint32_t pixel = LoadPixel(pixels, i);
         piece.blue[i] = tables.linear[pixel & 255];
@@ -191,7 +191,7 @@ int32_t LabTone(EngineRecord&, const EngineImage& image) {
         StorePixel(pixels, i, (LoadPixel(pixels, i) & kAlphaByte) | color);
       }
     }
-  }
+  });
   return kEngineDone;
 }
 

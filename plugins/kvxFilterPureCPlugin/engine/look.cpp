@@ -41,8 +41,10 @@ int32_t EngineRunLook(EngineRecord& record, const EngineImage& from, const Engin
     uint8_t* work = EnsureWorkCopy(record, image.totalBytes);
     uint8_t* source = EnsureSourceCopy(record, image.totalBytes);
     if (!work || !source) return kEngineNoScratch;
-    std::memcpy(work, image.pixels, static_cast<size_t>(image.totalBytes));
-    std::memcpy(source, image.pixels, static_cast<size_t>(image.totalBytes));
+    ForEachRow(image, [=, step = image.stepBytes](int32_t y, const uint8_t* row) {
+      std::memcpy(work + ptrdiff_t{y} * step, row, static_cast<size_t>(step));
+      std::memcpy(source + ptrdiff_t{y} * step, row, static_cast<size_t>(step));
+    });
   }
   return look.run(record, image);
 }

@@ -115,6 +115,15 @@ int32_t LiftedScreen(EngineRecord&, const EngineImage& frame, const EngineImage&
   return kEngineDone;
 }
 
+// Colour stays by `spots`, a byte for each pixel from `left` to `right`, and drains to grey elsewhere.
+void FocusRow(uint8_t* p, int32_t width, const uint8_t* spots, int64_t left, int64_t right) {
+  for (int32_t x = 0; x < width; ++x, p += 4) {
+    const int32_t gray = Luma1024(p);
+    const int32_t a = x >= left && x <= right ? spots[4 * (x - left)] : 0;
+    for (int32_t c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>((p[c] * a + gray * (256 - a)) >> 8);
+  }
+}
+
 // Colour stays where the material, laid around the position, is bright, and drains to grey elsewhere. The material's
 // rows run against the frame's.
 int32_t FocusColor(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
@@ -126,24 +135,32 @@ int32_t FocusColor(EngineRecord& record, const EngineImage& frame, const EngineI
   const int64_t right = std::min<int64_t>(hw - 1 + cx, frame.width - 1);
   const int64_t top = std::max<int64_t>(cy - hh, 0);
   const int64_t bottom = std::min<int64_t>(hh + cy, frame.height - 1);
-  for (int32_t y = 0; y < frame.height; ++y) {
-    const bool within = y >= top && y <= bottom;
-    const uint8_t* spots = within ? material.Row(static_cast<int32_t>(hh + cy - y)) : nullptr;
-    uint8_t* p = frame.Row(y);
-    for (int32_t x = 0; x < frame.width; ++x, p += 4) {
-      const int32_t gray = Luma1024(p);
-      const int32_t a = within && x >= left && x <= right ? spots[4 * (hw - 1 + x - cx)] : 0;
-      for (int32_t c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>((p[c] * a + gray * (256 - a)) >> 8);
+  ForEachRow(frame, [=](int32_t y, uint8_t* p) {
+    const bool within = y >= top && y <= bottom && left <= right;
+    const int32_t row = static_cast<int32_t>(hh + cy - y);
+    if (within) {
+      FocusRow(p, frame.width, material.Row(row) + 4 * (hw - 1 + left - cx), left, right);
+    } else {
+      FocusRow(p, frame.width, nullptr, 0, -1);
     }
-  }
+  });
   return kEngineDone;
 }
 
 // The frame as it came, in workCopy, rows as in the frame.
 uint8_t* CopyToWork(EngineRecord& record, const EngineImage& frame) {
   uint8_t* work = EnsureWorkCopy(record, frame.totalBytes);
-  if (work) std::memcpy(work, frame.pixels, static_cast<size_t>(frame.totalBytes));
+  if (!work) return nullptr;
+  ForEachRow(frame, [=, step = frame.stepBytes](int32_t y, const uint8_t* row) {
+    std::memcpy(work + ptrdiff_t{y} * step, row, static_cast<size_t>(step));
+  });
   return work;
+}
+
+// The mean of a row and its toned picture, opaque.
+void MixTonedRow(uint8_t* p, const uint8_t* toned, int32_t width) {
+  for (int32_t i = 0; i < 4 * width; ++i) p[i] = static_cast<uint8_t>((toned[i] + p[i]) >> 1);
+  for (int32_t x = 0; x < width; ++x) StorePixel(p + 4 * x, LoadPixel(p + 4 * x) | kAlphaByte);
 }
 
 // A soft picture of little contrast under the material.
@@ -157,14 +174,14 @@ int32_t OldPhoto(EngineRecord& record, const EngineImage& frame, const EngineIma
   Curve tone;
   for (int32_t i = 0; i < 256; ++i) tone[i] = static_cast<uint8_t>((std::clamp(i, 50, 200) - 50) * 255 / 150);
   const int32_t width = frame.width;
-  std::vector<uint8_t> toned(static_cast<size_t>(width) * 4);
-  for (int32_t y = 0; y < frame.height; ++y) {
-    GrayRow(work + static_cast<ptrdiff_t>(y) * frame.stepBytes, toned.data(), width, kLuma255);
-    MapRow(toned.data(), toned.data(), width, {tone.data(), tone.data(), tone.data()});
-    uint8_t* p = frame.Row(y);
-    for (int32_t i = 0; i < 4 * width; ++i) p[i] = static_cast<uint8_t>((toned[static_cast<size_t>(i)] + p[i]) >> 1);
-    for (int32_t x = 0; x < width; ++x) StorePixel(p + 4 * x, LoadPixel(p + 4 * x) | kAlphaByte);
-  }
+  ForRowBands(width, 0, frame.height, [=](int32_t begin, int32_t end) {
+    std::vector<uint8_t> toned(static_cast<size_t>(width) * 4);
+    for (int32_t y = begin; y < end; ++y) {
+      GrayRow(work + static_cast<ptrdiff_t>(y) * frame.stepBytes, toned.data(), width, kLuma255);
+      MapRow(toned.data(), toned.data(), width, {tone.data(), tone.data(), tone.data()});
+      MixTonedRow(frame.Row(y), toned.data(), width);
+    }
+  });
   Blend(
       frame, material, [](uint32_t, uint32_t m) { return FourTimes(m >> 24); },
       [](int32_t f, int32_t m, int32_t a) { return (f * (255 - a) + m * a) >> 8; });  // white over white gives 254
@@ -200,6 +217,18 @@ void BuildRadialMask(const EngineImage& frame, uint8_t* mask) {
   }
 }
 
+// The screen of the material and the picture's negative light, as far as the blue bytes of `k` say.
+void CanvasRow(uint8_t* p, const uint8_t* m, const uint8_t* k, int32_t width) {
+  for (int32_t x = 0; x < width; ++x, p += 4, m += 4, k += 4) {
+    const int32_t light = 255 - Luma255(p);
+    const int32_t weight = k[0];
+    for (int32_t c = 0; c < 3; ++c) {
+      const int32_t s = 255 - (((255 - m[c]) * light) >> 8);
+      p[c] = static_cast<uint8_t>((((s - m[c]) * weight) >> 8) + m[c]);
+    }
+  }
+}
+
 // The first frame of a size is masked radially. The mask is then overwritten by the copy of each later frame, whose
 // blue bytes serve in its place; this is meant.
 int32_t Canvas(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
@@ -211,23 +240,26 @@ int32_t Canvas(EngineRecord& record, const EngineImage& frame, const EngineImage
     record.dirtyFlags &= ~kDirtyParticles;
     mask = radial;
   }
-  for (int32_t y = 0; y < frame.height; ++y) {
-    uint8_t* p = frame.Row(y);
-    const uint8_t* m = material.Row(y);
-    const uint8_t* k = mask + static_cast<ptrdiff_t>(y) * frame.stepBytes;
-    for (int32_t x = 0; x < frame.width; ++x, p += 4, m += 4, k += 4) {
-      const int32_t light = 255 - Luma255(p);
-      const int32_t weight = k[0];
-      for (int32_t c = 0; c < 3; ++c) {
-        const int32_t s = 255 - (((255 - m[c]) * light) >> 8);
-        p[c] = static_cast<uint8_t>((((s - m[c]) * weight) >> 8) + m[c]);
-      }
-    }
-  }
+  ForEachRow(frame, [=](int32_t y, uint8_t* p) {
+    CanvasRow(p, material.Row(y), mask + static_cast<ptrdiff_t>(y) * frame.stepBytes, frame.width);
+  });
   return kEngineDone;
 }
 
-// A pencil drawing over the material's paper: soft light of the grey, divided by the largest grey around.
+// Soft light of the grey on the paper `m`, divided by the largest grey around.
+void PencilRow(const uint8_t* mid, const uint8_t* largest, const uint8_t* m, const int32_t* root, uint8_t* out,
+               int32_t width) {
+  for (int32_t x = 1; x < width - 1; ++x) {
+    const int32_t g = mid[x];
+    const int32_t paper = m[4 * x] - 128;
+    const int32_t v = paper < 0 ? (paper * (255 - g) + 32768) * g >> 15 : ((root[g] * 16 - g) * paper + g * 128) >> 7;
+    // Exact, as the quotient is far from the end of a float's digits.
+    const float ratio = static_cast<float>((v & 255) << 8) / static_cast<float>(std::max<int32_t>(largest[x], 1));
+    out[x] = largest[x] ? static_cast<uint8_t>(std::min(ratio, 255.0f)) : 255;
+  }
+}
+
+// A pencil drawing over the material's paper.
 int32_t Pencil(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
   uint8_t* plane = EnsureWorkCopy(record, frame.totalBytes);
   if (!plane) return kEngineNoScratch;
@@ -235,24 +267,18 @@ int32_t Pencil(EngineRecord& record, const EngineImage& frame, const EngineImage
   int32_t root[256];
   for (int32_t i = 0; i < 256; ++i) root[i] = static_cast<int32_t>(std::sqrt(static_cast<double>(i)));
   const int32_t width = frame.width;
-  std::vector<uint8_t> scratch(3 * static_cast<size_t>(width));
-  uint8_t* columns = scratch.data();
-  uint8_t* largest = columns + width;
-  uint8_t* out = largest + width;
-  for (int32_t y = 1; y < frame.height - 1; ++y) {
-    const uint8_t* mid = plane + static_cast<ptrdiff_t>(y) * width;
-    MaxOf3x3({mid - width, mid, mid + width}, 1, width, columns, largest);
-    const uint8_t* m = material.Row(y);
-    for (int32_t x = 1; x < width - 1; ++x) {
-      const int32_t g = mid[x];
-      const int32_t paper = m[4 * x] - 128;
-      const int32_t v = paper < 0 ? (paper * (255 - g) + 32768) * g >> 15 : ((root[g] * 16 - g) * paper + g * 128) >> 7;
-      // Exact, as the quotient is far from the end of a float's digits.
-      const float ratio = static_cast<float>((v & 255) << 8) / static_cast<float>(std::max<int32_t>(largest[x], 1));
-      out[x] = largest[x] ? static_cast<uint8_t>(std::min(ratio, 255.0f)) : 255;
+  ForRowBands(width, 1, frame.height - 1, [=, &root](int32_t begin, int32_t end) {
+    std::vector<uint8_t> scratch(3 * static_cast<size_t>(width));
+    uint8_t* columns = scratch.data();
+    uint8_t* largest = columns + width;
+    uint8_t* out = largest + width;
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* mid = plane + static_cast<ptrdiff_t>(y) * width;
+      MaxOf3x3({mid - width, mid, mid + width}, 1, width, columns, largest);
+      PencilRow(mid, largest, material.Row(y), root, out, width);
+      if (width > 2) StoreGrays(frame.Row(y) + 4, out + 1, width - 2);
     }
-    if (width > 2) StoreGrays(frame.Row(y) + 4, out + 1, width - 2);
-  }
+  });
   FillRim(frame, 255);
   return kEngineDone;
 }

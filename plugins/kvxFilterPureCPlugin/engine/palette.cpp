@@ -43,7 +43,7 @@ int32_t ReducePalette(EngineRecord& record, const EngineImage& image) {
     }
     record.dirtyFlags &= ~kDirtyTables;
   }
-  ForEachPixel(image, [&](uint8_t* p) {
+  ForEachPixel(image, [=](uint8_t* p) {
     const PaletteColor& color = palette[cube[(p[2] >> 3) << 10 | (p[1] >> 3) << 5 | p[0] >> 3]];
     p[0] = color.blue;
     p[1] = color.green;

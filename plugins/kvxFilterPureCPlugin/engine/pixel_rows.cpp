@@ -11,14 +11,10 @@ HWY_BEFORE_NAMESPACE();
 namespace pixel_rows {
 namespace HWY_NAMESPACE {
 
-void MakeGrayPlane(const EngineImage& image, uint8_t* plane) {
-  const int32_t width = image.width;
-  for (int32_t y = 0; y < image.height; ++y, plane += width) {
-    const uint8_t* row = image.Row(y);
-    for (int32_t x = 0; x < width; ++x) {
-      const uint32_t word = LoadPixel(row + 4 * x);
-      plane[x] = static_cast<uint8_t>(((word & 255) + (word >> 7 & 510) + (word >> 16 & 255)) >> 2);
-    }
+void MakeGrayRow(const uint8_t* row, int32_t width, uint8_t* out) {
+  for (int32_t x = 0; x < width; ++x) {
+    const uint32_t word = LoadPixel(row + 4 * x);
+    out[x] = static_cast<uint8_t>(((word & 255) + (word >> 7 & 510) + (word >> 16 & 255)) >> 2);
   }
 }
 
@@ -58,7 +54,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace pixel_rows {
-HWY_EXPORT(MakeGrayPlane);
+HWY_EXPORT(MakeGrayRow);
 HWY_EXPORT(MaxOf3x3);
 HWY_EXPORT(HardBlendRow);
 HWY_EXPORT(LiftRow);
@@ -84,7 +80,9 @@ void Sharpen3x3(const RowTriple& rows, int32_t count, uint8_t* out) {
 
 void MakeGrayPlane(const EngineImage& image, uint8_t* plane) {
   using namespace pixel_rows;
-  HWY_DYNAMIC_DISPATCH(MakeGrayPlane)(image, plane);
+  const auto makeRow = HWY_DYNAMIC_DISPATCH(MakeGrayRow);
+  const int32_t width = image.width;
+  ForEachRow(image, [=](int32_t y, const uint8_t* row) { makeRow(row, width, plane + ptrdiff_t{y} * width); });
 }
 
 void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* columns, uint8_t* out) {

@@ -50,7 +50,8 @@ int32_t GrayNoise(EngineRecord& record, const EngineImage& image) {
     BlurRow(row, width);
   }
   BlurColumns(plane, width, image.height);
-  ForEachPixel(image, [&plane](uint8_t* p) { SetGray(p, *plane++); });
+  ForEachRow(image,
+             [=](int32_t y, uint8_t* row) { StoreGrays(row, plane + static_cast<ptrdiff_t>(y) * width, width); });
   return kEngineDone;
 }
 
@@ -66,12 +67,15 @@ int32_t Fuzzy(EngineRecord& record, const EngineImage& image) {
   const int32_t radius = (image.totalBytes >> 21) + 4;
   HalfBoxBlur(image, record.sourceCopy, radius, sums, scratch + 4 * static_cast<size_t>(rowBytes));
 
-  for (int32_t y = 0; y < image.height; ++y) {
-    const uint8_t* sharp = record.workCopy + static_cast<ptrdiff_t>(y) * image.stepBytes;
-    MapRow(image.Row(y), scratch, image.width, glow);
-    HardBlendRow(sharp, scratch, rowBytes, scratch);
-    MapRow(scratch, scratch, image.width, glow);
-    StoreColors(image.Row(y), scratch, image.width);
-  }
+  const uint8_t* sharp = record.workCopy;
+  ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
+    std::vector<uint8_t> row(static_cast<size_t>(rowBytes));
+    for (int32_t y = begin; y < end; ++y) {
+      MapRow(image.Row(y), row.data(), image.width, glow);
+      HardBlendRow(sharp + static_cast<ptrdiff_t>(y) * image.stepBytes, row.data(), rowBytes, row.data());
+      MapRow(row.data(), row.data(), image.width, glow);
+      StoreColors(image.Row(y), row.data(), image.width);
+    }
+  });
   return kEngineDone;
 }

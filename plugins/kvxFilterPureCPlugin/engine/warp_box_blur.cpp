@@ -36,9 +36,16 @@ int32_t BoxBlur(EngineRecord&, const EngineImage& frame, const EngineImage& copy
   if (region.width < 2 || region.height < 2) region = {0, 0, frame.width, frame.height};
   if (region.width < frame.width || region.height < frame.height) MatOf(copy).copyTo(MatOf(frame));
   cv::Mat blurred = MatOf(frame)(region);
-  WithWorkers([&] {
-    cv::boxFilter(MatOf(copy)(region), blurred, -1, {side, side}, {-1, -1}, true, cv::BORDER_REFLECT_101);
-  });
+  // A band's blur sees the rows of the picture around it; adding up the first window is paid for in each.
+  ForRowBands(region.width, 0, region.height,
+              [&](int32_t begin, int32_t end) {
+                cv::Mat band = blurred.rowRange(begin, end);
+                WithWorkers([&] {
+                  cv::boxFilter(MatOf(copy)(region).rowRange(begin, end), band, -1, {side, side}, {-1, -1}, true,
+                                cv::BORDER_REFLECT_101);
+                });
+              },
+              {.rows = 4 * side});
   return kEngineDone;
 }
 

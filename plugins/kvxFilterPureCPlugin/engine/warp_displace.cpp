@@ -49,20 +49,19 @@ template <bool kBlackOutside>
 void DrawWave(const int16_t* wave, int32_t phase, const EngineImage& frame, const EngineImage& copy) {
   const int32_t right = frame.width - 1;
   const int32_t bottom = frame.height - 1;
-  int32_t last = 0;
-  for (int32_t y = 0; y < frame.height; ++y) {
+  const auto rowOf = [=](int32_t x, int32_t y) { return ClampInt(wave[x & kWaveMask] + y, 0, bottom); };
+  ForEachRow(frame, [=](int32_t y, uint8_t* out) {
+    const int32_t last = y > 0 ? rowOf(right, y - 1) : 0;  // the source row of the pixel before
     const int32_t shift = wave[((phase & kWaveMask) + last + y) & kWaveMask];
-    uint8_t* out = frame.Row(y);
-    for (int32_t x = 0; x < frame.width; ++x) {
+    for (int32_t x = 0; x <= right; ++x) {
       const int32_t wantedY = wave[x & kWaveMask] + y;
       const int32_t wantedX = x + shift;
-      const int32_t sourceY = ClampInt(wantedY, 0, bottom);
+      const int32_t sourceY = rowOf(x, y);
       const int32_t sourceX = ClampInt(wantedX, 0, right);
-      last = sourceY;
       const bool outside = kBlackOutside && (sourceY != wantedY || sourceX != wantedX);
       StorePixel(out + 4 * x, outside ? kAlphaByte : LoadPixel(copy.Row(sourceY) + 4 * sourceX));
     }
-  }
+  });
 }
 
 // Code 1030, which no effect uses: the wave walks up or down by one from entry to entry.

@@ -22,26 +22,29 @@ void PlantDrop(int32_t* field, const EngineImage& frame, int32_t cx, int32_t cy,
 // The next state of the waves takes the place of the state before the current one.
 void StepWaves(const int32_t* current, int32_t* previous, const EngineImage& frame) {
   const ptrdiff_t width = frame.width;
-  const ptrdiff_t end = width * (frame.height - 1);
-  for (ptrdiff_t i = 2 * width; i < end; ++i) {
-    const int32_t around = current[i - 1] + current[i + 1] + current[i - width] + current[i + width];
-    const int32_t next = (around >> 1) - previous[i];
-    previous[i] = next - (next >> 5);
-  }
+  ForRowBands(frame.width, 2, frame.height - 1, [=](int32_t begin, int32_t end) {
+    for (ptrdiff_t i = begin * width; i < end * width; ++i) {
+      const int32_t around = current[i - 1] + current[i + 1] + current[i - width] + current[i + width];
+      const int32_t next = (around >> 1) - previous[i];
+      previous[i] = next - (next >> 5);
+    }
+  });
 }
 
 void Refract(const int32_t* field, const EngineImage& frame, const EngineImage& copy) {
   const ptrdiff_t width = frame.width;
-  for (int32_t y = 1; y < frame.height - 1; ++y) {
-    const int32_t* row = field + y * width;
-    uint8_t* out = frame.Row(y);
-    for (int32_t x = 1; x < frame.width - 1; ++x) {
-      const int32_t sourceX = x + (row[x - 1] - row[x + 1]);
-      const int32_t sourceY = y + (row[x - width] - row[x + width]);
-      if (sourceX < 0 || sourceX >= frame.width || sourceY < 0 || sourceY >= frame.height) continue;
-      StorePixel(out + 4 * x, LoadPixel(copy.Row(sourceY) + 4 * sourceX));
+  ForRowBands(frame.width, 1, frame.height - 1, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const int32_t* row = field + y * width;
+      uint8_t* out = frame.Row(y);
+      for (int32_t x = 1; x < frame.width - 1; ++x) {
+        const int32_t sourceX = x + (row[x - 1] - row[x + 1]);
+        const int32_t sourceY = y + (row[x - width] - row[x + width]);
+        if (sourceX < 0 || sourceX >= frame.width || sourceY < 0 || sourceY >= frame.height) continue;
+        StorePixel(out + 4 * x, LoadPixel(copy.Row(sourceY) + 4 * sourceX));
+      }
     }
-  }
+  });
 }
 
 int32_t Raindrops(EngineRecord& record, const EngineImage& frame, const EngineImage& copy) {

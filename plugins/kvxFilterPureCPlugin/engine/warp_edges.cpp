@@ -12,18 +12,21 @@
 namespace {
 
 // Rows 1 to height - 2: `row(rows of the copy, out)` fills the flat bytes of a row, of which those of the inner pixels
-// are stored. Frames without inner pixels stay.
+// are stored. Behind them `out` has two more rows of scratch. Frames without inner pixels stay.
 template <typename PerRow>
 void ForInnerRows(const EngineImage& frame, const EngineImage& copy, PerRow row) {
   if (frame.width < 3) return;
-  std::vector<uint8_t> out(static_cast<size_t>(frame.width) * 4);
-  for (int32_t y = 1; y < frame.height - 1; ++y) {
-    row(RowTriple{copy.Row(y - 1), copy.Row(y), copy.Row(y + 1)}, out.data());
-    StoreColors(frame.Row(y) + 4, out.data() + 4, frame.width - 2);
-  }
+  ForRowBands(frame.width, 1, frame.height - 1, [=](int32_t begin, int32_t end) {
+    std::vector<uint8_t> out(static_cast<size_t>(frame.width) * 12);
+    for (int32_t y = begin; y < end; ++y) {
+      row(RowTriple{copy.Row(y - 1), copy.Row(y), copy.Row(y + 1)}, out.data());
+      StoreColors(frame.Row(y) + 4, out.data() + 4, frame.width - 2);
+    }
+  });
 }
 
-// The same over the grey plane, one byte a pixel, which lies in workCopy.
+// The same over the grey plane, one byte a pixel, which lies in workCopy; `out` and its scratch have a byte a pixel,
+// too.
 template <typename PerRow>
 int32_t ForInnerGrayRows(EngineRecord& record, const EngineImage& frame, PerRow row) {
   const int32_t width = frame.width;
@@ -31,17 +34,19 @@ int32_t ForInnerGrayRows(EngineRecord& record, const EngineImage& frame, PerRow 
   if (!plane) return kEngineNoScratch;
   MakeGrayPlane(frame, plane);
   if (width < 3) return kEngineDone;
-  std::vector<uint8_t> out(static_cast<size_t>(width));
-  for (int32_t y = 1; y < frame.height - 1; ++y) {
-    const uint8_t* mid = plane + static_cast<ptrdiff_t>(y) * width;
-    row(RowTriple{mid - width, mid, mid + width}, out.data());
-    StoreGrays(frame.Row(y) + 4, out.data() + 1, width - 2);
-  }
+  ForRowBands(width, 1, frame.height - 1, [=](int32_t begin, int32_t end) {
+    std::vector<uint8_t> out(static_cast<size_t>(width) * 3);
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* mid = plane + static_cast<ptrdiff_t>(y) * width;
+      row(RowTriple{mid - width, mid, mid + width}, out.data());
+      StoreGrays(frame.Row(y) + 4, out.data() + 1, width - 2);
+    }
+  });
   return kEngineDone;
 }
 
 int32_t Sharpen(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
-  ForInnerRows(frame, copy, [&](const RowTriple& r, uint8_t* out) { Sharpen3x3(r, 4 * frame.width, out); });
+  ForInnerRows(frame, copy, [=](const RowTriple& r, uint8_t* out) { Sharpen3x3(r, 4 * frame.width, out); });
   return kEngineDone;
 }
 
@@ -84,10 +89,10 @@ std::array<uint32_t, 256> Reciprocals(uint32_t offset) {
 int32_t SketchB(EngineRecord& record, const EngineImage& frame, const EngineImage&) {
   const std::array<uint32_t, 256> reciprocal = Reciprocals(0);
   const int32_t width = frame.width;
-  std::vector<uint8_t> scratch(2 * static_cast<size_t>(width));
-  uint8_t* largest = scratch.data() + width;
-  const int32_t status = ForInnerGrayRows(record, frame, [&](const RowTriple& r, uint8_t* out) {
-    MaxOf3x3(r, 1, width, scratch.data(), largest);
+  const int32_t status = ForInnerGrayRows(record, frame, [=](const RowTriple& r, uint8_t* out) {
+    uint8_t* columns = out + width;
+    uint8_t* largest = columns + width;
+    MaxOf3x3(r, 1, width, columns, largest);
     for (int32_t i = 1; i < width - 1; ++i) {
       const uint32_t ratio = largest[i] ? (reciprocal[largest[i]] * r.mid[i]) >> 16 : 255;
       out[i] = static_cast<uint8_t>(std::min(ratio, 255u));
@@ -101,10 +106,10 @@ int32_t SketchB(EngineRecord& record, const EngineImage& frame, const EngineImag
 int32_t NeonB(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
   const std::array<uint32_t, 256> reciprocal = Reciprocals(8);
   const int32_t bytes = 4 * frame.width;
-  std::vector<uint8_t> scratch(2 * static_cast<size_t>(bytes));
-  uint8_t* largest = scratch.data() + bytes;
-  ForInnerRows(frame, copy, [&](const RowTriple& r, uint8_t* out) {
-    MaxOf3x3(r, 4, bytes, scratch.data(), largest);
+  ForInnerRows(frame, copy, [=](const RowTriple& r, uint8_t* out) {
+    uint8_t* columns = out + bytes;
+    uint8_t* largest = columns + bytes;
+    MaxOf3x3(r, 4, bytes, columns, largest);
     for (int32_t i = 4; i < bytes - 4; ++i) {
       out[i] = static_cast<uint8_t>(std::min((reciprocal[largest[i]] * r.mid[i]) >> 16, 255u));
     }
@@ -122,23 +127,25 @@ int32_t NeonC(EngineRecord&, const EngineImage& frame, const EngineImage& copy) 
   const int32_t width = frame.width;
   const int32_t height = frame.height;
   const int32_t bytes = 4 * width;
-  std::vector<uint8_t> scratch(4 * static_cast<size_t>(bytes));
-  uint8_t* largest = scratch.data() + bytes;
-  uint8_t* steps = largest + bytes;
-  uint8_t* out = steps + bytes;
-  for (int32_t y = 0; y < height; ++y) {
-    const uint8_t* mid = copy.Row(y);
-    if (y == 0 || y == height - 1 || width < 3) {
-      std::memcpy(largest, mid, static_cast<size_t>(bytes));
-    } else {
-      MaxOf3x3({copy.Row(y - 1), mid, copy.Row(y + 1)}, 4, bytes, scratch.data(), largest);
-      std::memcpy(largest, mid, 4);
-      std::memcpy(largest + bytes - 4, mid + bytes - 4, 4);
+  ForRowBands(width, 0, height, [&](int32_t begin, int32_t end) {
+    std::vector<uint8_t> scratch(4 * static_cast<size_t>(bytes));
+    uint8_t* largest = scratch.data() + bytes;
+    uint8_t* steps = largest + bytes;
+    uint8_t* out = steps + bytes;
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* mid = copy.Row(y);
+      if (y == 0 || y == height - 1 || width < 3) {
+        std::memcpy(largest, mid, static_cast<size_t>(bytes));
+      } else {
+        MaxOf3x3({copy.Row(y - 1), mid, copy.Row(y + 1)}, 4, bytes, scratch.data(), largest);
+        std::memcpy(largest, mid, 4);
+        std::memcpy(largest + bytes - 4, mid + bytes - 4, 4);
+      }
+      MapRow(mid, steps, width, {step, step, step});
+      LiftRow(mid, largest, steps, bytes, out);
+      StoreColors(frame.Row(y), out, width);
     }
-    MapRow(mid, steps, width, {step, step, step});
-    LiftRow(mid, largest, steps, bytes, out);
-    StoreColors(frame.Row(y), out, width);
-  }
+  });
   return kEngineDone;
 }
 

@@ -79,13 +79,13 @@ void ReadRow(const Zoom& zoom, const uint8_t* row, int32_t width, uint8_t* out) 
 // `Sum` holds (2 * taps - 1) * 255.
 template <typename Sum>
 void DrawExplosion(const std::vector<Zoom>& zooms, int32_t taps, int32_t cy, const EngineImage& frame,
-                   const EngineImage& copy) {
+                   const EngineImage& copy, int32_t first, int32_t last) {
   const size_t bytes = static_cast<size_t>(frame.width) * 4;
   std::vector<uint8_t> zoomed(bytes + 12);
   std::vector<Sum> sums(bytes);
   // Half a part of the divisor keeps the product above the whole numbers that it must not fall below.
   const float part = 1.0f / static_cast<float>(taps);
-  for (int32_t y = 0; y < frame.height; ++y) {
+  for (int32_t y = first; y < last; ++y) {
     std::fill(sums.begin(), sums.end(), Sum{0});
     for (const Zoom& zoom : zooms) {
       ReadRow(zoom, copy.Row(Scaled(y, cy, zoom.scale, frame.height)), frame.width, zoomed.data());
@@ -181,7 +181,7 @@ HWY_INLINE Words MeanOf(Words sums, float part) {
 
 // A block of columns through all zooms, its sums in registers: blue and red in one word, green in another.
 void DrawBlocks(const std::vector<Zoom>& zooms, const std::vector<BlockReads>& reads, int32_t taps, int32_t cy,
-                const EngineImage& frame, const EngineImage& copy) {
+                const EngineImage& frame, const EngineImage& copy, int32_t first, int32_t last) {
   const hn::ScalableTag<uint32_t> d;
   const hn::Repartition<uint16_t, decltype(d)> d16;
   const hn::Rebind<uint8_t, decltype(d)> d8;
@@ -190,7 +190,7 @@ void DrawBlocks(const std::vector<Zoom>& zooms, const std::vector<BlockReads>& r
   const float part = 1.0f / static_cast<float>(taps);
   const Words low = hn::Set(d, 0xFFFF);
   std::vector<const uint8_t*> rows(zooms.size());
-  for (int32_t y = 0; y < frame.height; ++y) {
+  for (int32_t y = first; y < last; ++y) {
     for (size_t i = 0; i < zooms.size(); ++i) rows[i] = copy.Row(Scaled(y, cy, zooms[i].scale, frame.height));
     for (size_t block = 0; block < blocks; ++block) {
       Words blue = hn::Zero(d), green = blue, red = blue;
@@ -227,16 +227,15 @@ int32_t Explosion(EngineRecord& record, const EngineImage& frame, const EngineIm
 #if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
   const std::vector<BlockReads> reads = MakeBlocks(zooms, cx, frame.width);
   if (!reads.empty()) {
-    DrawBlocks(zooms, reads, taps, cy, frame, copy);
+    ForRowBands(frame.width, 0, frame.height,
+                [&](int32_t first, int32_t last) { DrawBlocks(zooms, reads, taps, cy, frame, copy, first, last); });
     return kEngineDone;
   }
 #endif
   MakeRuns(zooms, cx, frame.width);
-  if ((2 * taps - 1) * 255 <= UINT16_MAX) {
-    DrawExplosion<uint16_t>(zooms, taps, cy, frame, copy);
-  } else {
-    DrawExplosion<uint32_t>(zooms, taps, cy, frame, copy);
-  }
+  const auto draw = (2 * taps - 1) * 255 <= UINT16_MAX ? DrawExplosion<uint16_t> : DrawExplosion<uint32_t>;
+  ForRowBands(frame.width, 0, frame.height,
+              [&](int32_t first, int32_t last) { draw(zooms, taps, cy, frame, copy, first, last); });
   return kEngineDone;
 }
 

@@ -77,9 +77,8 @@ int32_t Flames(EngineRecord& record, const EngineImage& frame, const EngineImage
   for (size_t i = 0; i < 256; ++i) alpha[i] = std::min(kPalette[i] * strength * 20 / 64453, 255u);
 
   const bool forward = record.direction == 1;
-  for (int32_t y = 0; y < frame.height; ++y) {
+  ForEachRow(frame, [&, field, width, forward](int32_t y, uint8_t* out) {
     const int32_t* heat = field + (forward ? y : frame.height - 1 - y) * static_cast<ptrdiff_t>(width);
-    uint8_t* out = frame.Row(y);
     const uint8_t* in = copy.Row(y);
     for (int32_t x = 0; x < width; ++x, out += 4, in += 4) {
       const int32_t index = heat[forward ? x : width - 1 - x] & 255;
@@ -90,7 +89,7 @@ int32_t Flames(EngineRecord& record, const EngineImage& frame, const EngineImage
       out[1] = static_cast<uint8_t>((in[1] * (256 - a) + (word >> 3 & 252) * a) >> 8);
       out[2] = static_cast<uint8_t>((in[2] * (256 - a) + (word >> 8 & 248) * a) >> 8);
     }
-  }
+  });
   return kEngineDone;
 }
 

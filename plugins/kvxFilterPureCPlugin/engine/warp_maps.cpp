@@ -50,22 +50,25 @@ int32_t DrawByMap(EngineRecord& record, const EngineImage& frame, const EngineIm
   auto* map = reinterpret_cast<uint32_t*>(EnsureTable(record, static_cast<int32_t>(bytes), flags));
   if (!map) return kEngineNoScratch;
   if (record.dirtyFlags & flags) {
-    uint32_t* entry = map;
-    for (int32_t y = 0; y < height; ++y) {
-      for (int32_t x = 0; x < width; ++x) {
-        const Place place = placeOf(x, y);
-        *entry++ = static_cast<uint32_t>(ClampInt(place.y, 0, height - 1)) << 16 |
-                   static_cast<uint32_t>(ClampInt(place.x, 0, width - 1));
+    ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
+      uint32_t* entry = map + static_cast<ptrdiff_t>(begin) * width;
+      for (int32_t y = begin; y < end; ++y) {
+        for (int32_t x = 0; x < width; ++x) {
+          const Place place = placeOf(x, y);
+          *entry++ = static_cast<uint32_t>(ClampInt(place.y, 0, height - 1)) << 16 |
+                     static_cast<uint32_t>(ClampInt(place.x, 0, width - 1));
+        }
       }
-    }
+    });
     record.dirtyFlags &= ~flags;
   }
-  for (int32_t y = 0; y < height; ++y, map += width) {
-    uint8_t* out = frame.Row(y);
+  const uint32_t* places = map;
+  ForEachRow(frame, [=](int32_t y, uint8_t* out) {
+    const uint32_t* row = places + static_cast<ptrdiff_t>(y) * width;
     for (int32_t x = 0; x < width; ++x) {
-      StorePixel(out + 4 * x, LoadPixel(copy.Row(static_cast<int32_t>(map[x] >> 16)) + 4 * (map[x] & 0xFFFF)));
+      StorePixel(out + 4 * x, LoadPixel(copy.Row(static_cast<int32_t>(row[x] >> 16)) + 4 * (row[x] & 0xFFFF)));
     }
-  }
+  });
   return kEngineDone;
 }
 
