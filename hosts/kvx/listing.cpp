@@ -22,14 +22,10 @@ nlohmann::ordered_json DescribeEffect(const EffectInfo& effect) {
     }
     params.push_back(entry);
   }
-  return {{"id", effect.id},
-          {"name", effect.name},
-          {"guid", effect.guid},
-          {"family", effect.family},
-          {"moving", effect.moving},
-          {"stateless", !effect.ordered},
-          {"random", effect.random},
-          {"material", !effect.materials.empty()},
+  return {{"id", effect.id},         {"name", effect.name},
+          {"guid", effect.guid},     {"family", effect.family},
+          {"moving", effect.moving}, {"stateless", !effect.ordered},
+          {"random", effect.random}, {"material", !effect.materials.empty()},
           {"params", params}};
 }
 

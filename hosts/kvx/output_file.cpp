@@ -120,8 +120,7 @@ std::string OutputFile::CommitBeside(const std::string& mark) {
   const fs::path whole(final_);
   for (int i = 1;; ++i) {
     const std::string middle = i == 1 ? "." + mark : fmt::format(".{}-{}", mark, i);
-    std::string name =
-        (whole.parent_path() / (whole.stem().string() + middle + whole.extension().string())).string();
+    std::string name = (whole.parent_path() / (whole.stem().string() + middle + whole.extension().string())).string();
     if (!MoveToFreeName(temporary_, name)) continue;
     temporary_.clear();
     doomed_.reset();

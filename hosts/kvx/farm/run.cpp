@@ -211,8 +211,8 @@ void RunPiece(const PluginOptions& plugin, const std::string& version, const Run
     const double seconds = result.seconds;
     const bool first = folder.Commit(std::move(result));
     ForgetFailure(job, number);
-    Print(first ? fmt::format("piece {}: {} {}, {:.1f} s\n", number, frames,
-                              job.kind == JobKind::kFiles ? "files" : "frames", seconds)
+    Print(first ? fmt::format("piece {}: {} {}{}, {:.1f} s\n", number, frames,
+                              job.kind == JobKind::kFiles ? "file" : "frame", frames == 1 ? "" : "s", seconds)
                 : fmt::format("piece {}: another worker was first\n", number));
   } catch (const Error& error) {
     NoteFailure(job, number, error.what());
