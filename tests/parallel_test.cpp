@@ -51,7 +51,7 @@ TEST(Parallel, NeighboursInTheTableAtOnce) {
 // One effect for each way in which a large frame is divided: pixels, rows with neighbours, columns, cells, maps, water,
 // a kept field, a library's blur, panes, fills. Some work in place, so a row done twice would show.
 TEST(Parallel, ALargeFrameIsTheSameOnAnyNumberOfThreads) {
-  constexpr int32_t kWidth = 1633, kHeight = 1229, kThreads = 2;
+  constexpr int32_t kWidth = 1637, kHeight = 1283, kThreads = 2;
   const int before = cv::getNumThreads();
   const auto render = [](int32_t id, int threads) {
     cv::setNumThreads(threads);

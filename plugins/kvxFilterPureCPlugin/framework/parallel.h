@@ -45,8 +45,8 @@ inline void ParallelFor(const cv::Range& range, const cv::ParallelLoopBody& body
   }
 }
 
-// Pixels from which on a frame is worth several threads.
-constexpr int64_t kLargeFrame = 2'000'000;
+// Pixels from which on a frame is worth several threads. Hosts render 1920 by 1080 on threads of their own.
+constexpr int64_t kLargeFrame = 1 << 21;
 
 // What is worth a split: pixels from which on, and rows that a band has at the least.
 struct BandRules {
