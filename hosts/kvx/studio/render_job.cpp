@@ -183,7 +183,8 @@ void RenderJob::Run(const Project& project, const InputOptions& input, const std
       const std::lock_guard lock(mutex_);
       state_.done = done;
     };
-    RunPipeline(plugin_, project.chain, *reader, stoppable, reader->Count().value_or(0), options);
+    const int64_t count = reader->Count().value_or(0);
+    if (!RunPipeline(plugin_, project.chain, *reader, stoppable, count, options).whole) throw Stopped();
     End(JobState::Phase::kDone, "");
   } catch (const Stopped&) {
     End(JobState::Phase::kCancelled,
