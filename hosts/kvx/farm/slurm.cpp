@@ -66,7 +66,7 @@ std::string Submit(const Words& words) {
   const Ended ended = RunProgram(words);
   if (ended.status == 127) throw Error("sbatch cannot be run: is Slurm installed here?");
   // "123", or "123;cluster".
-  const std::string number = ended.out.substr(0, ended.out.find(';'));
+  std::string number = ended.out.substr(0, ended.out.find(';'));
   if (ended.status != 0 || number.empty() || number.find_first_not_of("0123456789") != std::string::npos) {
     throw Error(fmt::format("sbatch did not take the job{}", ended.out.empty() ? "" : ": " + ended.out));
   }

@@ -37,7 +37,7 @@ FrameClock TryVideo(const OutputOptions& options, const FrameReader& reader, dou
 // Goes over the frames that are chosen and offers the places where they may be cut.
 class CutSearch {
  public:
-  CutSearch(const CutWish& wish, std::optional<FrameClock> clock) : picker_(wish), clock_(std::move(clock)) {}
+  CutSearch(const CutWish& wish, std::optional<FrameClock> clock) : picker_(wish), clock_(clock) {}
   // In order. `apart`: this frame can be told from the one before by its stamp.
   void Offer(Cut cut, int64_t timestamp, bool apart) {
     cut.frame = frames_++;
@@ -112,7 +112,7 @@ ClipPlan PlanClip(const InputOptions& input, std::unique_ptr<FrameReader> reader
   }
   plan.cuts = {Cut{}};
   if (!cuts) return plan;
-  CutSearch search(wish, std::move(clock));
+  CutSearch search(wish, clock);
   if (media) {
     // The libraries' index of a long clip is large; one at a time is enough.
     reader.reset();
