@@ -80,7 +80,7 @@ class Run {
 void FillCells(ConstFrameView src, FrameView dst, const std::vector<int32_t>& columns, const std::vector<int32_t>& rows,
                const std::vector<GridPoint>& grid) {
   const auto last = static_cast<int32_t>(rows.size()) - 1;
-  ForRowBands(dst.width * kCell, 0, last, [=, &columns, &rows, &grid](int32_t begin, int32_t end) {
+  ForRowBands(int64_t{dst.width} * kCell, 0, last, [=, &columns, &rows, &grid](int32_t begin, int32_t end) {
     for (auto r = static_cast<size_t>(begin); r < static_cast<size_t>(end); ++r) {
       const int32_t h = rows[r + 1] - rows[r];
       const int32_t endRow = r + 2 == rows.size() ? rows[r + 1] + 1 : rows[r + 1];

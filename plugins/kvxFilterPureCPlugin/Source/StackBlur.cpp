@@ -135,12 +135,14 @@ void BlurRows(FrameView frame, int32_t radius, int32_t first, int32_t last) {
 
 void BlurFrame(FrameView frame, int32_t radius) {
   const auto partsOf = [](int32_t size, int32_t part) { return (size + part - 1) / part; };
-  ForRowBands(frame.width * kBandHeight, 0, partsOf(frame.height, kBandHeight), [=](int32_t begin, int32_t end) {
-    BlurRows(frame, radius, begin * kBandHeight, std::min(end * kBandHeight, frame.height));
-  });
-  ForRowBands(frame.height * kStripWidth, 0, partsOf(frame.width, kStripWidth), [=](int32_t begin, int32_t end) {
-    BlurColumns(frame, radius, begin * kStripWidth, std::min(end * kStripWidth, frame.width));
-  });
+  ForRowBands(int64_t{frame.width} * kBandHeight, 0, partsOf(frame.height, kBandHeight),
+              [=](int32_t begin, int32_t end) {
+                BlurRows(frame, radius, begin * kBandHeight, std::min(end * kBandHeight, frame.height));
+              });
+  ForRowBands(int64_t{frame.height} * kStripWidth, 0, partsOf(frame.width, kStripWidth),
+              [=](int32_t begin, int32_t end) {
+                BlurColumns(frame, radius, begin * kStripWidth, std::min(end * kStripWidth, frame.width));
+              });
 }
 
 }  // namespace HWY_NAMESPACE

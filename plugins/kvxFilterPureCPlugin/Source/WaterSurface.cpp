@@ -1,9 +1,10 @@
 #include "Source/WaterSurface.h"
-#include "framework/parallel.h"
 
 #include <cmath>
 #include <cstring>
 #include <utility>
+
+#include "framework/parallel.h"
 
 uint32_t ISqrt(uint32_t v) {
   // Exact: a 32-bit value and its root fit into a double with room to spare.

@@ -117,17 +117,19 @@ void HalfBoxColumns(const EngineImage& image, const uint8_t* rows, int32_t radiu
 
 void HalfBoxBlur(const EngineImage& image, uint8_t* rows, int32_t radius, int32_t* sums, uint8_t* means) {
   const auto partsOf = [](int32_t size, int32_t part) { return (size + part - 1) / part; };
-  ForRowBands(image.width * kBandHeight, 0, partsOf(image.height, kBandHeight), [=](int32_t begin, int32_t end) {
-    HalfBoxRows(image, rows, radius, begin * kBandHeight, std::min(end * kBandHeight, image.height));
-  });
-  ForRowBands(image.height * kStripWidth, 0, partsOf(image.width, kStripWidth), [=](int32_t begin, int32_t end) {
-    const int32_t left = begin * kStripWidth;
-    const ptrdiff_t offset = 4 * static_cast<ptrdiff_t>(left);
-    EngineImage strip = image;
-    strip.pixels += offset;
-    strip.width = std::min(end * kStripWidth, image.width) - left;
-    HalfBoxColumns(strip, rows + offset, radius, sums + offset, means + offset);
-  });
+  ForRowBands(int64_t{image.width} * kBandHeight, 0, partsOf(image.height, kBandHeight),
+              [=](int32_t begin, int32_t end) {
+                HalfBoxRows(image, rows, radius, begin * kBandHeight, std::min(end * kBandHeight, image.height));
+              });
+  ForRowBands(int64_t{image.height} * kStripWidth, 0, partsOf(image.width, kStripWidth),
+              [=](int32_t begin, int32_t end) {
+                const int32_t left = begin * kStripWidth;
+                const ptrdiff_t offset = 4 * static_cast<ptrdiff_t>(left);
+                EngineImage strip = image;
+                strip.pixels += offset;
+                strip.width = std::min(end * kStripWidth, image.width) - left;
+                HalfBoxColumns(strip, rows + offset, radius, sums + offset, means + offset);
+              });
 }
 
 }  // namespace HWY_NAMESPACE

@@ -63,15 +63,15 @@ template <typename Rows>
   rows(begin, end);
 }
 
-// Calls `rows(begin, end)` for rows `first` to `last` - 1 of a frame `width` pixels wide: at once, or, where the frame
+// Calls `rows(begin, end)` for rows `first` to `last` - 1 of `width` pixels each: at once, or, where the frame
 // is large, in bands that OpenCV's threads share out among them. No row may read what another writes. Each row is done
 // once, even where a thread cannot be started, so rows may be worked on in place. Objects that are at work at the same
 // time share the threads: with fewer than two for each, the calling thread works alone.
 template <typename Rows>
-void ForRowBands(int32_t width, int32_t first, int32_t last, const Rows& rows, const BandRules& rules = {}) {
+void ForRowBands(int64_t width, int32_t first, int32_t last, const Rows& rows, const BandRules& rules = {}) {
   if (first >= last) return;
   const int32_t count = last - first;
-  if (int64_t{width} * count < rules.pixels) return RunRows(rows, first, last);
+  if (width * count < rules.pixels) return RunRows(rows, first, last);
   struct Busy {
     int32_t others = rowBandsBusy.fetch_add(1, std::memory_order_relaxed);
     ~Busy() { rowBandsBusy.fetch_sub(1, std::memory_order_relaxed); }
