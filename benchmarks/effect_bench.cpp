@@ -1,6 +1,8 @@
 // Every effect on one thread, beside a memcpy of the frame and OpenCV's operations in the same run. The first argument
-// may be a size such as 3840x2160; the default is 1920x1080.
+// may be a size such as 3840x2160; the default is 1920x1080. The next may be --vectors=NAME, such as AVX2 or SSE4: what
+// machines have that have no more.
 #include <benchmark/benchmark.h>
+#include <hwy/highway.h>
 
 #include <algorithm>
 #include <cmath>
@@ -220,6 +222,22 @@ class TableReporter : public benchmark::BenchmarkReporter {
   std::map<std::string, double> times_;
 };
 
+// False, and said why, if this machine has no such vectors or nothing is compiled for them.
+bool UseVectors(const std::string& name) {
+  std::string offered;
+  for (int64_t rest = hwy::SupportedTargets() & HWY_TARGETS; rest != 0; rest &= rest - 1) {
+    const int64_t target = rest & -rest;
+    if (name == hwy::TargetName(target)) {
+      hwy::SetSupportedTargetsForTest(target);
+      hwy::GetChosenTarget().Update(target);
+      return true;
+    }
+    offered += std::string(" ") + hwy::TargetName(target);
+  }
+  std::fprintf(stderr, "effect_bench: no vectors '%s'; here are%s\n", name.c_str(), offered.c_str());
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -229,6 +247,13 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "effect_bench: sides from 16 to 16384 are possible\n");
       return 2;
     }
+    argv[1] = argv[0];
+    ++argv;
+    --argc;
+  }
+  const std::string vectors = "--vectors=";
+  if (argc > 1 && std::string(argv[1]).starts_with(vectors)) {
+    if (!UseVectors(argv[1] + vectors.size())) return 2;
     argv[1] = argv[0];
     ++argv;
     --argc;
