@@ -1,12 +1,15 @@
 #include "Source/BGFCommon.h"
 
 #include <algorithm>
+#include <cstring>
+#include <optional>
 
 #include "Source/BGFPatterns.h"
 #include "framework/my_resize.h"
 #include "framework/numeric.h"
 #include "framework/parallel.h"
 #include "framework/params.h"
+#include "framework/pixels.h"
 #include "framework/row_loops.h"
 
 namespace {
@@ -51,10 +54,21 @@ class parallelInvoker : public cv::ParallelLoopBody {
   int32_t offset_;
 };
 
-// Lays the source by its alpha over the background, whose bytes 0 to 2 are weighed by those of the colour.
+// Pixels that are laid over the background at a time.
+constexpr int32_t kRun = 128;
+
+// The background, scaled up where it is read.
+struct Background {
+  ResizedFrame picture;
+  std::optional<ResizedFrame> sharp;  // shows within the box, if there is one
+  FillBox box;
+};
+
+// Lays the source by its alpha over the background, whose bytes 0 to 2 are weighed by those of the colour. Without a
+// background the source is opaque.
 class parallelBGFCommon : public cv::ParallelLoopBody {
  public:
-  parallelBGFCommon(FrameView dst, ConstFrameView src, ConstFrameView back, uint32_t color)
+  parallelBGFCommon(FrameView dst, ConstFrameView src, const Background* back, uint32_t color)
       : dst_(dst), src_(src), back_(back), color_(color) {}
 
   void operator()(const cv::Range& bands) const override {
@@ -62,19 +76,57 @@ class parallelBGFCommon : public cv::ParallelLoopBody {
   }
 
   void CompositeRows(int32_t first, int32_t end) const {
+    if (!back_) {
+      for (int32_t y = first; y < end; ++y) UnderlayOpaque(src_.Row(y), dst_.Row(y), dst_.width);
+      return;
+    }
+    ResizedFrame::Reader picture(back_->picture);
+    std::optional<ResizedFrame::Reader> sharp;
+    if (back_->sharp) sharp.emplace(*back_->sharp);
     for (int32_t y = first; y < end; ++y) {
-      UnderlayRow(src_.Row(y), back_.Row(y), dst_.Row(y), dst_.width, color_);
+      for (int32_t x = 0; x < dst_.width; x += kRun) {
+        const int32_t count = std::min(kRun, dst_.width - x);
+        if (IsOpaque(src_.Pixel(x, y), count)) {
+          UnderlayOpaque(src_.Pixel(x, y), dst_.Pixel(x, y), count);
+          continue;
+        }
+        uint8_t run[4 * kRun];
+        picture.Read(x, y, count, run);
+        if (sharp) LaySharp(*sharp, x, y, count, run);
+        UnderlayRow(src_.Pixel(x, y), run, dst_.Pixel(x, y), count, color_);
+      }
     }
   }
 
  private:
   int32_t BandStart(int32_t band) const { return static_cast<int32_t>(int64_t{band} * dst_.height / kBands); }
 
+  // The colours of what of the run lies in the box.
+  void LaySharp(ResizedFrame::Reader& sharp, int32_t x, int32_t y, int32_t count, uint8_t* run) const {
+    const FillBox& box = back_->box;
+    const int32_t left = std::max(box.left, x);
+    const int32_t end = std::min(box.right + 1, x + count);
+    if (y < box.top || y > box.bottom || left >= end) return;
+    uint8_t colors[4 * kRun];
+    sharp.Read(left, y, end - left, colors);
+    uint8_t* out = run + 4 * (left - x);
+    for (int32_t i = 0; i < end - left; ++i) {
+      StorePixel(out, i, (LoadPixel(out, i) & kAlphaByte) | (LoadPixel(colors, i) & kColorBytes));
+    }
+  }
+
   FrameView dst_;
   ConstFrameView src_;
-  ConstFrameView back_;
+  const Background* back_;
   uint32_t color_;
 };
+
+bool IsOpaqueFrame(ConstFrameView frame) {
+  for (int32_t y = 0; y < frame.height; ++y) {
+    if (!IsOpaque(frame.Row(y), frame.width)) return false;
+  }
+  return true;
+}
 
 // Multiplies bytes 0 to 2 by byte 3: c * a * 0.003921569 cut, which is c * a / 255 for all bytes.
 void Premultiply(FrameView image) {
@@ -83,10 +135,6 @@ void Premultiply(FrameView image) {
       for (int c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>(uint32_t{p[c]} * p[3] / 255);
     }
   });
-}
-
-void Resize(FrameView src, FrameView dst) {
-  MyResize(src.data, dst.data, dst.width, dst.height, dst.step, src.width, src.height, src.step);
 }
 
 ConstFrameView Const(FrameView view) {
@@ -100,8 +148,7 @@ BGFCommon::BGFCommon(int32_t frameWidth, int32_t frameHeight, const FillVariant&
   if (width <= 0 || height <= 0) return;
   const size_t bytes = static_cast<size_t>(width) * static_cast<size_t>(height) * 4;
   boxBuffer_.resize(bytes);
-  backBuffer_.resize(bytes);
-  if (variant.fullImageRoutine) mergeBuffer_.resize(bytes);
+  if (variant.sharpMiddle) sharpBuffer_.resize(bytes);
 }
 
 void BGFCommon::GetParamDesc(FilterParamDesc* desc, int32_t index) {
@@ -113,10 +160,6 @@ void BGFCommon::GetParamDesc(FilterParamDesc* desc, int32_t index) {
                 {kSourceWidth, kBgColor, static_cast<double>(variant_.bgLuminance), variant_.patternLevel});
 }
 
-FrameView BGFCommon::Buffer(std::vector<uint8_t>& bytes) {
-  return {bytes.data(), width, height, width * 4};
-}
-
 void BGFCommon::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {
   if (boxBuffer_.empty()) return;
   const FillBox box = BoxOf(Param(params, 1), width, height);
@@ -125,23 +168,28 @@ void BGFCommon::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dst
   const FillInput input{static_cast<float>(Param(params, 4)), currentFrame};
 
   const ConstFrameView source{src, width, height, srcStep};
-  const FrameView image{boxBuffer_.data(), box.Width(), box.Height(), width * 4};
+  const bool hidden = IsOpaqueFrame(source);
+  // Behind an opaque picture the box is empty: a pattern then only moves its state on.
+  const FrameView image{boxBuffer_.data(), hidden ? 0 : box.Width(), hidden ? 0 : box.Height(), width * 4};
   const ConstFrameView sourceBox{source.Pixel(box.left, box.top), image.width, image.height, srcStep};
   ParallelFor(cv::Range(0, image.height), parallelInvoker(image, sourceBox, bgLuminance));
 
-  const FrameView back = Buffer(backBuffer_);
-  if (variant_.fullImageRoutine) Resize(image, Buffer(mergeBuffer_));
-  if (variant_.blurBefore) FillBlur(image, Trunc32(std::min(width, height) * double{input.level} / 8.8));
-  if (variant_.fullImageRoutine) {
-    Resize(image, back);
-    variant_.fullImageRoutine(back, Const(Buffer(mergeBuffer_)), box);
-  } else {
-    if (variant_.patternRoutine) variant_.patternRoutine(image, input);
-    Premultiply(image);
-    Resize(image, back);
+  const FrameView sharp{sharpBuffer_.data(), image.width, image.height, image.step};
+  if (variant_.sharpMiddle) {
+    ForFillRows(sharp, [image](int32_t y, uint8_t* row, int32_t count) {
+      std::memcpy(row, image.Row(y), static_cast<size_t>(count) * 4);
+    });
   }
+  if (variant_.blurBefore) FillBlur(image, Trunc32(std::min(width, height) * double{input.level} / 8.8));
+  if (variant_.patternRoutine) variant_.patternRoutine(image, input);
+  if (!variant_.sharpMiddle) Premultiply(image);
 
-  const parallelBGFCommon composite(FrameView{dst, width, height, dstStep}, source, Const(back), bgColor);
+  std::optional<Background> back;
+  if (!hidden) {
+    back.emplace(Background{ResizedFrame(Const(image), width, height), {}, box});
+    if (variant_.sharpMiddle) back->sharp.emplace(Const(sharp), width, height);
+  }
+  const parallelBGFCommon composite({dst, width, height, dstStep}, source, back ? &*back : nullptr, bgColor);
   if (int64_t{width} * height <= kPixelsOfOneThread) {
     composite.CompositeRows(0, height);
   } else {

@@ -31,8 +31,8 @@ struct FillVariant {
   bool blurBefore;
   // Paints bytes 0 to 2 of the box in place.
   void (*patternRoutine)(FrameView box, const FillInput& input) = nullptr;
-  // In place of it: paints on `frame`, the box scaled up, from `sharp`, the same unblurred. Both have the frame's size.
-  void (*fullImageRoutine)(FrameView frame, ConstFrameView sharp, const FillBox& box) = nullptr;
+  // In place of it: within the place of the box the background is not blurred.
+  bool sharpMiddle = false;
 };
 
 class BGFCommon : public CBaseFilterProc {
@@ -42,13 +42,10 @@ class BGFCommon : public CBaseFilterProc {
   void Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) override;
 
  private:
-  FrameView Buffer(std::vector<uint8_t>& bytes);
-
   const FillVariant& variant_;
-  // Packed frames. The box lies in the upper left corner of its buffer.
+  // Packed frames. The box lies in their upper left corners.
   std::vector<uint8_t> boxBuffer_;
-  std::vector<uint8_t> mergeBuffer_;  // of fills of the full image only
-  std::vector<uint8_t> backBuffer_;
+  std::vector<uint8_t> sharpBuffer_;  // of fills with a sharp middle only
 };
 
 #endif  // KVX_SOURCE_BGF_COMMON_H_

@@ -313,10 +313,4 @@ void Perspect(FrameView image, const FillInput&) {
   ParallelFor(cv::Range(0, image.height), parallelPerspectInvoker(doubled, image));
 }
 
-void GaussianBar(FrameView frame, ConstFrameView sharp, const FillBox& box) {
-  for (int32_t y = box.top; y <= box.bottom; ++y) {
-    for (int32_t x = box.left; x <= box.right; ++x) CopyColor(frame.Pixel(x, y), sharp.Pixel(x, y));
-  }
-}
-
 }  // namespace fill_pattern

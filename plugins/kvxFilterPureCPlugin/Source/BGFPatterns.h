@@ -40,9 +40,6 @@ void RippleV(FrameView image, const FillInput& input);      // columns shifted a
 void ThreeD(FrameView image, const FillInput& input);       // blurred panes behind a sharp lattice
 void Perspect(FrameView image, const FillInput& input);     // four small pictures, upside down
 
-// The box of the sharp image over the blurred one.
-void GaussianBar(FrameView frame, ConstFrameView sharp, const FillBox& box);
-
 }  // namespace fill_pattern
 
 #endif  // KVX_SOURCE_BGF_PATTERNS_H_

@@ -5,7 +5,8 @@
 
 namespace {
 
-// Name of the fourth parameter, pattern level, luminance of the background, blur before the pattern, routines.
+// Name of the fourth parameter, pattern level, luminance of the background, blur before the pattern, routine, sharp
+// middle.
 struct FillRow {
   int32_t id;
   FillVariant fill;
@@ -24,7 +25,7 @@ constexpr FillRow kFills[] = {
     {1384, {u"Block_size", 0.57, -10, true, fill_pattern::DiamondBlur}},
     {1385, {u"Frosted_Level", 0.5, -10, false, fill_pattern::Frosted}},
     {1386, {u"Frosted_Level", 0.5, 80, false, fill_pattern::Noise}},
-    {1387, {u"BG_Blur_Level", 1.0, -10, true, nullptr, fill_pattern::GaussianBar}},
+    {1387, {u"BG_Blur_Level", 1.0, -10, true, nullptr, true}},
     {1388, {u"Warp_Level", 0.33, -10, false, fill_pattern::RippleH}},
     {1389, {u"Warp_Level", 0.33, -10, false, fill_pattern::RippleV}},
     {1390, {u"BG_Blur_Level", 0.6, -10, true, fill_pattern::Gray}},

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
-#include "framework/frame.h"
 #include "framework/numeric.h"
 #include "framework/parallel.h"
 
@@ -26,7 +24,7 @@ void ResizeSpan(const uint8_t* const neighbours[4], const float* farWeights, flo
   // As BlendTables::multiply, in a form that runs many bytes at a time.
   const auto multiply = [](uint8_t a, uint8_t b) HWY_ATTR {
     const uint16_t t = static_cast<uint16_t>(a * b + 128);
-    return static_cast<uint16_t>(static_cast<uint16_t>(t + (t >> 8)) >> 8);
+    return static_cast<uint16_t>(t * 257u >> 16);  // (t + (t >> 8)) >> 8
   };
   const float upperWeight = 1.0f - lowerWeight;
   for (int32_t x = 0; x < count; x += kRun) {
@@ -62,97 +60,79 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace resize {
-namespace {
-
 HWY_EXPORT(ResizeSpan);
+}  // namespace resize
 
-// Where a destination row or column reads.
-struct Place {
-  int32_t near;
-  int32_t far;
-  float weight;  // of `far`
+ResizedFrame::Place::Place(int32_t at, float ratio, int32_t size) {
+  const float place = static_cast<float>(at) * ratio;
+  const int32_t whole = static_cast<int32_t>(place);
+  near = ClampInt(whole, 0, size - 1);
+  far = ClampInt(near + 1, 0, size - 1);
+  weight = place - static_cast<float>(whole);
+}
 
-  Place(int32_t at, float ratio, int32_t size) {
-    const float place = static_cast<float>(at) * ratio;
-    const int32_t whole = static_cast<int32_t>(place);
-    near = ClampInt(whole, 0, size - 1);
-    far = ClampInt(near + 1, 0, size - 1);
-    weight = place - static_cast<float>(whole);
+ResizedFrame::ResizedFrame(ConstFrameView src, int32_t width, int32_t height)
+    : src_(src),
+      verticalRatio_(static_cast<float>(src.height) / static_cast<float>(height)),
+      farWeights_(static_cast<size_t>(width)) {
+  const float horizontalRatio = static_cast<float>(src.width) / static_cast<float>(width);
+  columns_.reserve(farWeights_.size());
+  for (int32_t x = 0; x < width; ++x) {
+    columns_.emplace_back(x, horizontalRatio, src.width);
+    farWeights_[static_cast<size_t>(x)] = columns_.back().weight;
   }
-};
+}
+
+const uint8_t* ResizedFrame::Reader::Spread(int32_t y) {
+  uint8_t* spread = spread_.data() + (y % 2 ? spread_.size() / 2 : 0);
+  if (held_[y % 2] == y) return spread;
+  held_[y % 2] = y;
+  const uint8_t* row = frame_.src_.Row(y);
+  uint8_t* near = spread;
+  uint8_t* far = spread + spread_.size() / 4;
+  for (const Place& column : frame_.columns_) {
+    std::memcpy(near, row + 4 * static_cast<ptrdiff_t>(column.near), 4);
+    std::memcpy(far, row + 4 * static_cast<ptrdiff_t>(column.far), 4);
+    near += 4;
+    far += 4;
+  }
+  return spread;
+}
+
+void ResizedFrame::Reader::Read(int32_t x, int32_t y, int32_t count, uint8_t* out) {
+  using namespace resize;
+  const Place row(y, frame_.verticalRatio_, frame_.src_.height);
+  const uint8_t* upper = Spread(row.near) + 4 * static_cast<ptrdiff_t>(x);
+  const uint8_t* lower = Spread(row.far) + 4 * static_cast<ptrdiff_t>(x);
+  const size_t far = spread_.size() / 4;
+  const uint8_t* neighbours[4] = {upper, upper + far, lower, lower + far};
+  HWY_DYNAMIC_DISPATCH(ResizeSpan)(neighbours, frame_.farWeights_.data() + x, row.weight, out, count);
+}
+
+namespace {
 
 class parallelMyResizeInvoker : public cv::ParallelLoopBody {
  public:
-  parallelMyResizeInvoker(ConstFrameView src, FrameView dst)
-      : src_(src),
-        dst_(dst),
-        verticalRatio_(static_cast<float>(src.height) / static_cast<float>(dst.height)),
-        farWeights_(static_cast<size_t>(dst.width)) {
-    const float horizontalRatio = static_cast<float>(src.width) / static_cast<float>(dst.width);
-    columns_.reserve(farWeights_.size());
-    for (int32_t x = 0; x < dst.width; ++x) {
-      columns_.emplace_back(x, horizontalRatio, src.width);
-      farWeights_[static_cast<size_t>(x)] = columns_.back().weight;
-    }
-  }
+  parallelMyResizeInvoker(ConstFrameView src, FrameView dst) : resized_(src, dst.width, dst.height), dst_(dst) {}
 
   // The range is over pixels.
   void operator()(const cv::Range& range) const override {
-    SpreadRows rows(*this);
+    ResizedFrame::Reader reader(resized_);
     int32_t y = range.start / dst_.width;
     int32_t x = range.start % dst_.width;
     for (int32_t n = range.start; n < range.end; ++y, x = 0) {
       const int32_t count = std::min(dst_.width - x, range.end - n);
       n += count;
-      const Place row(y, verticalRatio_, src_.height);
-      const uint8_t* upper = rows.Get(row.near) + 4 * x;
-      const uint8_t* lower = rows.Get(row.far) + 4 * x;
-      const ptrdiff_t far = ptrdiff_t{4} * dst_.width;
-      const uint8_t* neighbours[4] = {upper, upper + far, lower, lower + far};
-      HWY_DYNAMIC_DISPATCH(ResizeSpan)
-      (neighbours, farWeights_.data() + x, row.weight, dst_.Pixel(x, y), count);
+      reader.Read(x, y, count, dst_.Pixel(x, y));
     }
   }
 
  private:
-  // Source rows with a pixel for each destination column: all the near ones, then all the far ones. The last two rows
-  // are kept, because enlarging reads them many times.
-  class SpreadRows {
-   public:
-    explicit SpreadRows(const parallelMyResizeInvoker& resize)
-        : resize_(resize), bytes_(resize.columns_.size() * 8 * 2) {}
-
-    const uint8_t* Get(int32_t y) {
-      uint8_t* spread = bytes_.data() + (y % 2 ? bytes_.size() / 2 : 0);
-      if (held_[y % 2] == y) return spread;
-      held_[y % 2] = y;
-      const uint8_t* row = resize_.src_.Row(y);
-      uint8_t* near = spread;
-      uint8_t* far = spread + bytes_.size() / 4;
-      for (const Place& column : resize_.columns_) {
-        std::memcpy(near, row + 4 * static_cast<ptrdiff_t>(column.near), 4);
-        std::memcpy(far, row + 4 * static_cast<ptrdiff_t>(column.far), 4);
-        near += 4;
-        far += 4;
-      }
-      return spread;
-    }
-
-   private:
-    const parallelMyResizeInvoker& resize_;
-    std::vector<uint8_t> bytes_;
-    int32_t held_[2] = {-1, -1};
-  };
-
-  ConstFrameView src_;
+  ResizedFrame resized_;
   FrameView dst_;
-  float verticalRatio_;
-  std::vector<Place> columns_;
-  std::vector<float> farWeights_;
 };
 
 }  // namespace
-}  // namespace resize
 
 void MyResize(const uint8_t* src, uint8_t* dst, int32_t dstWidth, int32_t dstHeight, int32_t dstStep, int32_t srcWidth,
               int32_t srcHeight, int32_t srcStep) {
@@ -162,8 +142,8 @@ void MyResize(const uint8_t* src, uint8_t* dst, int32_t dstWidth, int32_t dstHei
     CopyRows(src, dst, dstWidth, dstHeight, srcStep, dstStep);
     return;
   }
-  const resize::parallelMyResizeInvoker body(ConstFrameView{src, srcWidth, srcHeight, srcStep},
-                                             FrameView{dst, dstWidth, dstHeight, dstStep});
+  const parallelMyResizeInvoker body(ConstFrameView{src, srcWidth, srcHeight, srcStep},
+                                     FrameView{dst, dstWidth, dstHeight, dstStep});
   ParallelFor(cv::Range(0, dstWidth * dstHeight), body);
 }
 

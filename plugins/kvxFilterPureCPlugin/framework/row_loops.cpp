@@ -68,19 +68,42 @@ void SharpenRow(const uint8_t* in, const uint8_t* below, uint8_t* out, int32_t c
   CopyAlpha(in, out, count);
 }
 
+// In 16 bits: for byte 3 the ground is taken whole, and 256 stands for the source.
 void UnderlayRow(const uint8_t* src, const uint8_t* back, uint8_t* out, int32_t count, uint32_t multipliers) {
-  for (int32_t x = 0; x < count; ++x) {
-    const uint32_t s = LoadPixel(src + 4 * x);
-    const uint32_t b = LoadPixel(back + 4 * x);
-    const uint32_t alpha = s >> 24;
-    const uint32_t rest = 255 - alpha;
-    uint32_t result = (((b >> 24) * rest >> 8) + alpha) << 24;
-    for (int shift = 0; shift < 24; shift += 8) {
-      const uint32_t ground = ((b >> shift & 255) * (multipliers >> shift & 255)) >> 8;
-      result |= ((ground * rest + (s >> shift & 255) * alpha) >> 8) << shift;
-    }
-    StorePixel(out + 4 * x, result);
+  constexpr int32_t kRun = 64;
+  uint16_t weights[4 * kRun], whole[4 * kRun];
+  uint8_t colors[4 * kRun], alphas[4 * kRun];
+  for (int32_t i = 0; i < 4 * kRun; ++i) {
+    const bool color = i % 4 < 3;
+    weights[i] = static_cast<uint16_t>(color ? multipliers >> 8 * (i % 4) & 255 : 256);
+    whole[i] = color ? 0 : 256;
+    colors[i] = color ? 255 : 0;
   }
+  for (int32_t x = 0; x < count; x += kRun, src += 4 * kRun, back += 4 * kRun, out += 4 * kRun) {
+    const int32_t n = count - x < kRun ? count - x : kRun;
+    for (int32_t i = 0; i < n; ++i) StorePixel(alphas + 4 * i, (LoadPixel(src + 4 * i) >> 24) * 0x01010101u);
+#pragma GCC ivdep
+    for (int32_t i = 0; i < 4 * n; ++i) {
+      const uint16_t ground = static_cast<uint16_t>(static_cast<uint16_t>(back[i] * weights[i]) >> 8);
+      const uint16_t top = static_cast<uint16_t>((src[i] & colors[i]) | whole[i]);
+      const uint16_t sum = static_cast<uint16_t>(ground * (255 - alphas[i]) + top * alphas[i]);
+      out[i] = static_cast<uint8_t>(sum >> 8);
+    }
+  }
+}
+
+bool IsOpaque(const uint8_t* pixels, int32_t count) {
+  uint32_t all = 0xFF000000u;
+  for (int32_t x = 0; x < count; ++x) all &= LoadPixel(pixels + 4 * x);
+  return all == 0xFF000000u;
+}
+
+// c * 255 >> 8 is c - 1, and 0 for 0.
+void UnderlayOpaque(const uint8_t* src, uint8_t* out, int32_t count) {
+#pragma GCC ivdep
+  for (int32_t i = 0; i < 4 * count; ++i) out[i] = static_cast<uint8_t>(src[i] - (src[i] > 0 ? 1 : 0));
+#pragma GCC ivdep
+  for (int32_t x = 0; x < count; ++x) StorePixel(out + 4 * x, LoadPixel(out + 4 * x) | 0xFF000000u);
 }
 
 void GrayReliefRow(uint8_t* pixels, int32_t* __restrict sums, int32_t count, int32_t distance) {
@@ -163,6 +186,8 @@ HWY_EXPORT(SobelRow);
 HWY_EXPORT(ReliefRow);
 HWY_EXPORT(SharpenRow);
 HWY_EXPORT(UnderlayRow);
+HWY_EXPORT(IsOpaque);
+HWY_EXPORT(UnderlayOpaque);
 HWY_EXPORT(GrayReliefRow);
 HWY_EXPORT(NearestClusters);
 }  // namespace row_loops
@@ -185,6 +210,16 @@ void SharpenRow(const uint8_t* in, const uint8_t* below, uint8_t* out, int32_t c
 void UnderlayRow(const uint8_t* src, const uint8_t* back, uint8_t* out, int32_t count, uint32_t multipliers) {
   using namespace row_loops;
   HWY_DYNAMIC_DISPATCH(UnderlayRow)(src, back, out, count, multipliers);
+}
+
+bool IsOpaque(const uint8_t* pixels, int32_t count) {
+  using namespace row_loops;
+  return HWY_DYNAMIC_DISPATCH(IsOpaque)(pixels, count);
+}
+
+void UnderlayOpaque(const uint8_t* src, uint8_t* out, int32_t count) {
+  using namespace row_loops;
+  HWY_DYNAMIC_DISPATCH(UnderlayOpaque)(src, out, count);
 }
 
 void GrayReliefRow(uint8_t* pixels, int32_t* sums, int32_t count, int32_t distance) {

@@ -22,6 +22,12 @@ void SharpenRow(const uint8_t* in, const uint8_t* below, uint8_t* out, int32_t c
 // ((back * (255 - alpha)) >> 8) + alpha, with alpha the source's byte 3. `multipliers` are three bytes, blue first.
 void UnderlayRow(const uint8_t* src, const uint8_t* back, uint8_t* out, int32_t count, uint32_t multipliers);
 
+// Whether byte 3 of all of `count` pixels is 255.
+bool IsOpaque(const uint8_t* pixels, int32_t count);
+
+// UnderlayRow where the source is opaque.
+void UnderlayOpaque(const uint8_t* src, uint8_t* out, int32_t count);
+
 // A grey relief in place: with s = byte0 + 2 byte1 + byte2, bytes 0 to 2 become ((s of the pixel - s of the pixel
 // `distance` further on) >> 2) + 128, limited to a byte, and 128 where there is no such pixel. `distance` from 0 to
 // `count`; `sums` is scratch for `count` numbers.
