@@ -33,7 +33,7 @@ run() {
   log=$work/$1.log
   mkdir -p "$work/corpus/$1"
   if "$work/fuzz/fuzz_$1" -max_total_time="$seconds" -max_len="$2" -timeout=100 -report_slow_units=10 \
-    -rss_limit_mb=2560 -malloc_limit_mb=512 -dict="fuzz/$1.dict" -artifact_prefix="$work/finds/$1-" \
+    -rss_limit_mb=2560 -malloc_limit_mb="$3" -dict="fuzz/$1.dict" -artifact_prefix="$work/finds/$1-" \
     "$work/corpus/$1" "fuzz/corpus/$1" >"$log" 2>&1; then
     echo "$1: $(sed -n 's/^Done //p' "$log"), $(sed -n 's/.*DONE *\(cov: .*\) lim: .*/\1/p' "$log"), no finds"
   else
@@ -56,8 +56,10 @@ merge() {
 
 failed=0
 for target in "$@"; do
+  most=512
   case "$target" in
-    catalogue | filter | images | frames) longest=8192 ;;
+    catalogue | filter | images) longest=8192 ;;
+    frames) longest=8192 most=1100 ;;  # a video may claim 16384 by 16384, and libav takes the memory at once
     recipe) longest=2048 ;;
     effects | command) longest=400 ;;
     *) echo "no fuzzer '$target'" >&2; exit 2 ;;
@@ -65,7 +67,7 @@ for target in "$@"; do
   if [ $mode = merge ]; then
     merge "$target" $longest
   else
-    run "$target" $longest || failed=1
+    run "$target" $longest $most || failed=1
   fi
 done
 exit $failed
