@@ -29,8 +29,9 @@ int StatusOf(int signal) {
 }
 
 void OnSignal(int signal) {
-  if (signal == SIGALRM || g_signal != 0) EndAtOnce(StatusOf(g_signal == 0 ? SIGTERM : g_signal.load()));
+  if (g_signal != 0) EndAtOnce(StatusOf(g_signal));
   g_signal = signal;
+  std::signal(SIGALRM, OnSignal);
   alarm(kPatience);
 }
 
@@ -39,7 +40,7 @@ void OnSignal(int signal) {
 void CatchSignals() {
   struct sigaction action = {};
   action.sa_handler = OnSignal;
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGALRM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction before = {};
     sigaction(signal, nullptr, &before);
     // nohup means it.
