@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Usage: scripts/make_performance_doc.py. Writes the figures of docs/performance.md anew from build/bench-1920x1080.json and
-build/bench-3840x2160.json, which scripts/bench.sh makes. What stands outside of its marks is left alone."""
+"""Usage: scripts/make_performance_doc.py. Writes the figures of docs/performance.md anew from build/bench-1920x1080.json,
+build/bench-3840x2160.json, build/bench-1920x1080-AVX2.json and build/bench-1920x1080-SSE4.json, which scripts/bench.sh makes.
+What stands outside of its marks is left alone."""
 import json
 import math
 import re
@@ -33,6 +34,18 @@ def rate(milliseconds):
     return f"{1000 / milliseconds:.0f}"
 
 
+def vectors(hd):
+    """How machines fare that have no more than these vectors."""
+    yield "| vectors, at 1920 by 1080 | geometric mean | slowest | effects above 8 ms | above 16.7 ms |"
+    yield "| --- | --- | --- | --- | --- |"
+    for name, times in (("AVX-512", hd), ("AVX2", read("1920x1080-AVX2")), ("SSE4", read("1920x1080-SSE4"))):
+        all_times = effects(times)
+        slowest = max(all_times, key=all_times.get)
+        above = [sum(t > limit for t in all_times.values()) for limit in (8, 16.7)]
+        yield f"| {name} | {mean(times):.2f} x memcpy | {slowest} {all_times[slowest]:.1f} ms | {above[0]} | {above[1]} |"
+    yield ""
+
+
 def figures(hd, uhd):
     slowest = sorted(effects(hd).items(), key=lambda item: -item[1])
     yield "| | 1920 by 1080 | 3840 by 2160 |"
@@ -44,6 +57,7 @@ def figures(hd, uhd):
     yield (f"| `memcpy` of the frame, final blend | {hd['memcpy']:.2f} ms, {hd['AlphaBlendFrame']:.2f} ms | "
            f"{uhd['memcpy']:.2f} ms, {uhd['AlphaBlendFrame']:.2f} ms |")
     yield ""
+    yield from vectors(hd)
     yield "| effect | frames a second at 1080p | ms | frames a second at 4K | ms |"
     yield "| --- | --- | --- | --- | --- |"
     for name, time in slowest:
