@@ -49,6 +49,21 @@ TEST(BackgroundFill, CompositeByHand) {
       << "255 / 256 of the source";
 }
 
+TEST(BackgroundFill, OpaqueHalfClearAndClearRunsLieSideBySide) {
+  FrameBuffer src = Picture(400, 3);
+  for (int32_t i = 0; i < 1200; ++i) {
+    const int32_t x = i % 400;
+    src.Pixel(x, i / 400)[3] = x < 140 || x > 390 ? 255 : x < 270 ? 0 : 100;
+  }
+  // Source_Width 0 makes the box the frame, so that each pixel lies over itself.
+  const FrameBuffer dst = RunEffect(kPureGaussian, src, {0, kWhite, 0, 0});
+  for (int32_t x = 0; x < 400; ++x) {
+    const int32_t c = src.Pixel(x, 1)[2], a = src.Pixel(x, 1)[3];
+    ASSERT_EQ(dst.Pixel(x, 1)[2], ((c * a / 255 * 255 >> 8) * (255 - a) + c * a) >> 8) << x;
+    ASSERT_EQ(dst.Pixel(x, 1)[3], (a * (255 - a) >> 8) + a) << x;
+  }
+}
+
 TEST(BackgroundFill, BoxStaysBetweenAFifthAndTheWholeFrame) {
   FrameBuffer src = Picture(100, 60, 8);
   const auto fill = [&](double width) { return RunEffect(kPureGaussian, src, {width, kWhite, 0, 0}).Packed(); };

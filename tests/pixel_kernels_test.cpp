@@ -110,6 +110,14 @@ TEST(PixelKernels, Map) {
     Compare([&](auto* src, auto* dst, int32_t n) { MapRowScalar(src, dst, n, three); },
             [&](auto* src, auto* dst, int32_t n) { MapRow(src, dst, n, three); });
   });
+  // Sums that just fit into 16 bits, and sums that do not.
+  for (const GrayWeights& w : {GrayWeights{1, 2, 1, 0, 1, 2}, GrayWeights{29, 150, 77, 255, 1, 8},
+                               GrayWeights{117, 601, 306, 512, 1, 10}, GrayWeights{1, 1, 1, 0, 43691, 17}}) {
+    OnEveryTarget([&] {
+      Compare([&](auto* src, auto* dst, int32_t n) { MapGrayRowScalar(src, dst, n, w, three); },
+              [&](auto* src, auto* dst, int32_t n) { MapGrayRow(src, dst, n, w, three); });
+    });
+  }
 }
 
 TEST(PixelKernels, Relight) {

@@ -11,7 +11,7 @@ void CAspectMergeFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, in
   if (!src || !dst) return;
   const uint8_t* picture = overlay_.PictureFor(width, height);
   if (!picture) return;
-  DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, alphaFactor_, KeepSource());
+  DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, alphaFactor_, OverlayTone::kKeep);
 }
 
 CBaseFilterProc* MakeAspectMergeFilter(const EffectRow& row, int32_t width, int32_t height) {

@@ -20,7 +20,7 @@ void CCamRecorderFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, in
   if (!off) return;
   const int32_t phase = g_frameCounter.fetch_add(1, std::memory_order_relaxed) / kFramesPerPhase;
   DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, phase % 2 == 0 ? on : off, 1.0f,
-              KeepSource());
+              OverlayTone::kKeep);
 }
 
 CBaseFilterProc* MakeCamRecorder(const EffectRow& row, int32_t width, int32_t height) {

@@ -18,6 +18,11 @@ constexpr ParamRow kParams[] = {{u"Amplitude", 0, 0, 300}, {u"Frequency", 0, 0, 
 
 constexpr int32_t kCell = 8;
 
+// By the side of a cell. Nearly all have the whole one, by which the compiler divides without a division.
+int64_t DivideBySide(int64_t value, int32_t side) {
+  return side == kCell ? value / kCell : value / side;
+}
+
 // A source position, 16.16 fixed point.
 struct GridPoint {
   int32_t x;
@@ -58,7 +63,8 @@ std::vector<GridPoint> BendGrid(const std::vector<int32_t>& columns, const std::
 // - 1.
 class Run {
  public:
-  Run(int64_t from, int64_t to, int32_t count) : at_(from * kScale + kHalf), step_((to - from) * kScale / count) {}
+  Run(int64_t from, int64_t to, int32_t count)
+      : at_(from * kScale + kHalf), step_(DivideBySide((to - from) * kScale, count)) {}
   int32_t Next(int32_t size) {
     const int64_t value = at_ >> 32;
     at_ += step_;
@@ -89,8 +95,8 @@ void FillCells(ConstFrameView src, FrameView dst, const std::vector<int32_t>& co
         const auto onLine = [&](size_t line) {
           const GridPoint& top = grid[r * columns.size() + line];
           const GridPoint& bottom = grid[(r + 1) * columns.size() + line];
-          return GridPoint{static_cast<int32_t>(top.x + (int64_t{bottom.x} - top.x) * j / h),
-                           static_cast<int32_t>(top.y + (int64_t{bottom.y} - top.y) * j / h)};
+          return GridPoint{static_cast<int32_t>(top.x + DivideBySide((int64_t{bottom.x} - top.x) * j, h)),
+                           static_cast<int32_t>(top.y + DivideBySide((int64_t{bottom.y} - top.y) * j, h))};
         };
         uint8_t* out = dst.Row(y);
         GridPoint left = onLine(0);

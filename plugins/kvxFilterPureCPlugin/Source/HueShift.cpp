@@ -1,10 +1,13 @@
 #include "Source/HueShift.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "Source/PixelMap.h"
+#include "Source/PointRows.h"
+#include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -66,25 +69,6 @@ int32_t DegreesOf(int32_t level) {
   return 0;
 }
 
-// Clamped before the cut, which gives the same bytes for finite values.
-uint32_t ByteOf(float value) {
-  value = value > 0.0f ? value : 0.0f;
-  value = value < 255.0f ? value : 255.0f;
-  return static_cast<uint32_t>(static_cast<int32_t>(value));
-}
-
-void Transform(ConstFrameView src, FrameView dst, const Matrix4& m) {
-  MapPixelsInBands(src, dst, [m](uint32_t pixel) {
-    const float b0 = static_cast<float>(static_cast<int32_t>(pixel & 255));
-    const float b1 = static_cast<float>(static_cast<int32_t>(pixel >> 8 & 255));
-    const float b2 = static_cast<float>(static_cast<int32_t>(pixel >> 16 & 255));
-    const uint32_t out0 = ByteOf(b0 * m[0][0] + b1 * m[1][0] + b2 * m[2][0] + m[3][0]);
-    const uint32_t out1 = ByteOf(b0 * m[0][1] + b1 * m[1][1] + b2 * m[2][1] + m[3][1]);
-    const uint32_t out2 = ByteOf(b0 * m[0][2] + b1 * m[1][2] + b2 * m[2][2] + m[3][2]);
-    return out0 | out1 << 8 | out2 << 16 | (pixel & 0xFF000000);
-  });
-}
-
 }  // namespace
 
 void CHueShift::GetParamDesc(FilterParamDesc* desc, int32_t index) {
@@ -92,7 +76,15 @@ void CHueShift::GetParamDesc(FilterParamDesc* desc, int32_t index) {
 }
 
 void CHueShift::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {
-  CopyRows(src, dst, width, height, srcStep, dstStep);
-  Transform({src, width, height, srcStep}, {dst, width, height, dstStep},
-            HueRotation(DegreesOf(Trunc32(Param(params, 1)))));
+  // For the bytes between rows.
+  if (srcStep != width * 4 || dstStep != srcStep) CopyRows(src, dst, width, height, srcStep, dstStep);
+  const Matrix4 m = HueRotation(DegreesOf(Trunc32(Param(params, 1))));
+  ColorMatrix matrix;
+  for (size_t i = 0; i < 3; ++i) std::copy_n(m[i].begin(), 3, matrix.factors[i].begin());
+  std::copy_n(m[3].begin(), 3, matrix.offsets.begin());
+  const ConstFrameView in{src, width, height, srcStep};
+  const FrameView out{dst, width, height, dstStep};
+  ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) MatrixRow(in.Row(y), out.Row(y), out.width, matrix);
+  });
 }

@@ -1,11 +1,14 @@
 #include "Source/MergeFilterWithLight.h"
 
 #include <mutex>
+#include <numeric>
 
 #include "Source/ToneTable.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
+#include "framework/pixel_kernels.h"
+#include "framework/pixels.h"
 
 namespace {
 
@@ -38,28 +41,20 @@ ByteTable LevelsTable(int32_t low, int32_t high) {
   return table;
 }
 
-void LiftChannel(ConstFrameView src, FrameView dst, int channel) {
+// Each channel through a table of its own; opaque.
+void MapOpaque(ConstFrameView src, FrameView dst, const ByteTables& tables) {
   for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Row(y);
     uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4) {
-      const uint8_t lifted = kLightTable[in[channel]];
-      for (int c = 0; c < 3; ++c) out[c] = in[c];
-      out[channel] = lifted;
-      out[3] = 255;
-    }
+    MapRow(src.Row(y), out, dst.width, tables);
+    for (int32_t x = 0; x < dst.width; ++x) StorePixel(out, x, LoadPixel(out, x) | kAlphaByte);
   }
 }
 
-void MapColors(ConstFrameView src, FrameView dst, const ByteTable& table) {
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x, in += 4, out += 4) {
-      for (int c = 0; c < 3; ++c) out[c] = table[in[c]];
-      out[3] = 255;
-    }
-  }
+void LiftChannel(ConstFrameView src, FrameView dst, int channel) {
+  ByteTable same;
+  std::iota(same.begin(), same.end(), uint8_t{0});
+  const auto tableOf = [&](int c) { return c == channel ? kLightTable.data() : same.data(); };
+  MapOpaque(src, dst, {tableOf(0), tableOf(1), tableOf(2)});
 }
 
 }  // namespace
@@ -89,7 +84,7 @@ void CMergeFilterWithLight::Process(uint8_t* src, uint8_t* dst, int32_t srcStep,
     if (Param(params, 3) != kLastContrast) g_contrast = ContrastTable(Trunc32(Param(params, 3)));
     for (size_t i = 0; i < both.size(); ++i) both[i] = g_contrast[g_levels[i]];
   }
-  MapColors(in, out, both);
+  MapOpaque(in, out, {both.data(), both.data(), both.data()});
 }
 
 CBaseFilterProc* MakeMergeFilterWithLight(const EffectRow& row, int32_t width, int32_t height) {

@@ -8,10 +8,7 @@ void CNightGlassViewFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep,
   if (!src || !dst) return;
   const uint8_t* picture = overlay_.PictureFor(width, height);
   if (!picture) return;
-  DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, 1.0f, [](uint32_t pixel) {
-    const uint32_t gray = ThirdOf(pixel);
-    return (pixel & 0xFF000000) | gray / 3 * 0x010001 | gray << 8;
-  });
+  DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, 1.0f, OverlayTone::kGreen);
 }
 
 CBaseFilterProc* MakeNightGlassView(const EffectRow& row, int32_t width, int32_t height) {

@@ -7,6 +7,40 @@
 
 #include "framework/host_log.h"
 #include "framework/params.h"
+#include "framework/pixels.h"
+
+// The places are plain arithmetic, compiled once for each vector target.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "PerspectiveFilter.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace perspective {
+namespace HWY_NAMESPACE {
+
+// To the nearest whole number, halves to the even one. Beyond -1 and `size`, and for NaN, some number outside 0..size
+// - 1.
+HWY_INLINE int32_t RoundInto(double position, double size) {
+  constexpr double kMagic = 6755399441055744.0;  // 1.5 * 2^52: leaves no bits below one
+  const double low = position > -1.0 ? position : -1.0;
+  return static_cast<int32_t>(((low < size ? low : size) + kMagic) - kMagic);
+}
+
+// `size` times the place the share `v` of the way from `first` to `second`, for each of `count` columns.
+void FindPlaces(const double* first, const double* second, double v, double size, int32_t count, int32_t* places) {
+  for (int32_t x = 0; x < count; ++x) places[x] = RoundInto(size * (first[x] + v * (second[x] - first[x])), size);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace perspective
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace perspective {
+HWY_EXPORT(FindPlaces);
+}  // namespace perspective
 
 namespace {
 
@@ -19,38 +53,30 @@ struct Point {
   double y;
 };
 
-Point Lerp(Point a, Point b, double t) {
-  return {a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
-}
-
-// To the nearest whole number, halves to the even one. Beyond -1 and `size`, and for NaN, some number outside 0..size
-// - 1.
-int32_t RoundInto(double position, double size) {
-  constexpr double kMagic = 6755399441055744.0;  // 1.5 * 2^52: leaves no bits below one
-  const double low = position > -1.0 ? position : -1.0;
-  return static_cast<int32_t>(((low < size ? low : size) + kMagic) - kMagic);
-}
-
 // Sends every source pixel to its place in the quadrilateral p0, p1 (first edge), p2, p3 (second edge). Pixels that
 // nothing reaches stay.
 void LayInto(ConstFrameView src, FrameView dst, Point p0, Point p1, Point p2, Point p3) {
+  using namespace perspective;
   const double w = dst.width;
   const double h = dst.height;
-  std::vector<Point> first(static_cast<size_t>(dst.width)), second(static_cast<size_t>(dst.width));
-  for (int32_t x = 0; x < dst.width; ++x) {
-    first[static_cast<size_t>(x)] = Lerp(p0, p1, x / w);
-    second[static_cast<size_t>(x)] = Lerp(p2, p3, x / w);
-  }
+  // Where the first edge and the second one are, column by column.
+  const auto edge = [w, count = dst.width](double from, double to) {
+    std::vector<double> places(static_cast<size_t>(count));
+    for (int32_t x = 0; x < count; ++x) places[static_cast<size_t>(x)] = from + x / w * (to - from);
+    return places;
+  };
+  const std::vector<double> firstX = edge(p0.x, p1.x), firstY = edge(p0.y, p1.y);
+  const std::vector<double> secondX = edge(p2.x, p3.x), secondY = edge(p2.y, p3.y);
+  std::vector<int32_t> columns(static_cast<size_t>(dst.width)), rows(static_cast<size_t>(dst.width));
   for (int32_t y = 0; y < dst.height; ++y) {
     const double v = y / h;
+    HWY_DYNAMIC_DISPATCH(FindPlaces)(firstX.data(), secondX.data(), v, w, dst.width, columns.data());
+    HWY_DYNAMIC_DISPATCH(FindPlaces)(firstY.data(), secondY.data(), v, h, dst.width, rows.data());
     const uint8_t* in = src.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x, in += 4) {
-      const Point p = Lerp(first[static_cast<size_t>(x)], second[static_cast<size_t>(x)], v);
-      const int32_t px = RoundInto(w * p.x, w);
-      const int32_t py = RoundInto(h * p.y, h);
-      if (static_cast<uint32_t>(px) < static_cast<uint32_t>(dst.width) &&
-          static_cast<uint32_t>(py) < static_cast<uint32_t>(dst.height)) {
-        std::memcpy(dst.Pixel(px, py), in, 4);
+    for (size_t x = 0; x < columns.size(); ++x, in += 4) {
+      if (static_cast<uint32_t>(columns[x]) < static_cast<uint32_t>(dst.width) &&
+          static_cast<uint32_t>(rows[x]) < static_cast<uint32_t>(dst.height)) {
+        StorePixel(dst.Pixel(columns[x], rows[x]), LoadPixel(in));
       }
     }
   }
@@ -78,3 +104,5 @@ void CPerspectiveFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, in
     KVX_LOG_ALLOCATION_FAILURE("PerspectiveFilter");
   }
 }
+
+#endif  // HWY_ONCE

@@ -1,10 +1,10 @@
 #include "Source/PointColor.h"
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
+#include <array>
 
 #include "Source/PixelMap.h"
+#include "Source/PointRows.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
 
@@ -55,22 +55,6 @@ void Extract(ConstFrameView src, FrameView dst, bool r, bool g, bool b) {
             [keep](uint32_t pixel) { return ((pixel >> 16 & 0xFF) | (pixel & 0xFF00) | (pixel & 0xFF) << 16) & keep; });
 }
 
-// To the nearest integer, ties to even, for |value| below 2^31: the sum's low mantissa bits are the integer.
-uint32_t RoundEven(double value) {
-  return static_cast<uint32_t>(std::bit_cast<uint64_t>(value + 6755399441055744.0));
-}
-
-void Distance(ConstFrameView src, FrameView dst, int16_t r, int16_t g, int16_t b) {
-  MapPixels(src, dst, [=](uint32_t pixel) {
-    const float d0 = static_cast<float>(r - static_cast<int32_t>(pixel & 255));
-    const float d1 = static_cast<float>(g - static_cast<int32_t>(pixel >> 8 & 255));
-    const float d2 = static_cast<float>(b - static_cast<int32_t>(pixel >> 16 & 255));
-    const float d = std::sqrt(d0 * d0 + d1 * d1 + d2 * d2);
-    const uint32_t v = RoundEven(d * 0.705724361914764) & 255;
-    return v | v << 8 | v << 16 | (pixel & 0xFF000000);
-  });
-}
-
 void CoolBlue(ConstFrameView src, FrameView dst) {
   MapPixels(src, dst, [](uint32_t pixel) {
     const uint32_t b0 = pixel & 255, b1 = pixel >> 8 & 255;
@@ -113,8 +97,10 @@ void CColorDistanceFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, 
   r_ = Trunc32(Param(params, 1));
   g_ = Trunc32(Param(params, 2));
   b_ = Trunc32(Param(params, 3));
-  Distance({src, width, height, srcStep}, {dst, width, height, dstStep}, static_cast<int16_t>(r_),
-           static_cast<int16_t>(g_), static_cast<int16_t>(b_));
+  const ConstFrameView in{src, width, height, srcStep};
+  const FrameView out{dst, width, height, dstStep};
+  const std::array<int16_t, 3> key = {static_cast<int16_t>(r_), static_cast<int16_t>(g_), static_cast<int16_t>(b_)};
+  for (int32_t y = 0; y < height; ++y) DistanceRow(in.Row(y), out.Row(y), width, key);
 }
 
 void CCoolBlue::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {

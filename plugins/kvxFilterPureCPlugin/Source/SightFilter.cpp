@@ -7,8 +7,7 @@ void CSightFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
   if (!src || !dst) return;
   const uint8_t* picture = overlay_.PictureFor(width, height);
   if (!picture) return;
-  DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, 1.0f,
-              [](uint32_t pixel) { return (pixel & 0xFF000000) | ThirdOf(pixel) * 0x010101; });
+  DrawOverlay({src, width, height, srcStep}, {dst, width, height, dstStep}, picture, 1.0f, OverlayTone::kGray);
 }
 
 CBaseFilterProc* MakeSight(const EffectRow& row, int32_t width, int32_t height) {

@@ -148,14 +148,27 @@ int32_t Dodge(EngineRecord&, const BlendImages& images) {
 }
 
 int32_t SoftLight(EngineRecord&, const BlendImages& images) {
-  Blend(images, [](int32_t f, int32_t m) {
-    const float x = static_cast<float>(f);
-    const int32_t lift = static_cast<int32_t>(16.0f * std::sqrt(x) - x);
-    const int32_t dark = ((m - 128) * f * (255 - f) + f * 32768) >> 15;
-    const int32_t bright = ((m - 128) * lift + f * 128) >> 7;
-    const int32_t below = m < 128 ? -1 : 0;
-    return (dark & below) | (bright & ~below);
-  });
+  Curve lift;
+  for (int32_t i = 0; i < 256; ++i) {
+    const float x = static_cast<float>(i);
+    lift[i] = static_cast<uint8_t>(16.0f * std::sqrt(x) - x);
+  }
+  const ByteTables lifts = {lift.data(), lift.data(), lift.data()};
+  BlendBytes lifted;
+  for (int32_t y = 0; y < images.to.height; ++y) {
+    for (int32_t x = 0; x < images.to.width; x += kBlendRun) {
+      const int32_t count = std::min(kBlendRun, images.to.width - x);
+      const auto [from, material, to] = RowsOf(images, y);
+      MapRow(from + 4 * x, lifted.data(), count, lifts);
+      BlendRow({from + 4 * x, material + 4 * x, to + 4 * x}, count, lifted, [](int32_t f, int32_t m, int32_t l) {
+        // f + (((m - 128) * f * (255 - f)) >> 15) or f + (((m - 128) * l) >> 7), in 16 bits.
+        const auto twice = static_cast<int16_t>(2 * m - 256), parabola = static_cast<int16_t>(f * (255 - f));
+        const auto dark = static_cast<int16_t>(int32_t{twice} * parabola >> 16);
+        const auto bright = static_cast<int16_t>(static_cast<int16_t>((m - 128) * l) >> 7);
+        return f + (m < 128 ? dark : bright);
+      });
+    }
+  }
   return kEngineDone;
 }
 

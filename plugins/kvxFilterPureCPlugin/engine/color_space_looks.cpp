@@ -1,8 +1,9 @@
 // Looks in bands of hue.
-#include <algorithm>
+#include <numeric>
 
 #include "engine/composite_looks.h"
 #include "engine/engine_internal.h"
+#include "engine/pixel_rows.h"
 
 namespace {
 
@@ -31,38 +32,32 @@ struct Hue {
 }  // namespace
 
 // The full circle of hues from bottom to top; value and saturation stay.
-int32_t Rainbow(EngineRecord&, const EngineImage& image) {
-  ForEachRow(image, [=](int32_t y, uint8_t* p) {
+int32_t Rainbow(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  ForEachRow(image, [=](int32_t y, uint8_t* row) {
     const Hue hue(360 * (image.height - y) / image.height);
-    for (int32_t x = 0; x < image.width; ++x, p += 4) {
-      const int32_t value = std::max({p[0], p[1], p[2]});
-      const int32_t least = std::min({p[0], p[1], p[2]});
-      if (value == least) {
-        SetGray(p, static_cast<uint8_t>(value));
-        continue;
-      }
-      const double saturation = static_cast<double>(value - least) / value;
-      p[hue.sector.value] = static_cast<uint8_t>(value);
-      p[hue.sector.between] = hue.Between(saturation, value);
-      p[hue.sector.lowest] = static_cast<uint8_t>(static_cast<int32_t>((1 - saturation) * value));
-    }
+    RehueRow(from.Row(y), row, image.width, {hue.slope, hue.sector.value, hue.sector.between, hue.sector.lowest});
   });
   return kEngineDone;
 }
 
 // From orange at the top to green at the bottom, fully saturated.
-int32_t SunriseBands(EngineRecord&, const EngineImage& image) {
+int32_t SunriseBands(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  static constexpr Curve kNone{};
+  Curve same;
+  std::iota(same.begin(), same.end(), uint8_t{0});
+  Curve between;
+  int32_t lastDegrees = -1;
   for (int32_t y = 0; y < image.height; ++y) {
-    const Hue hue(90 * y / image.height + 30);
-    Curve between;
-    for (int32_t value = 0; value < 256; ++value) between[value] = hue.Between(1.0, value);
-    uint8_t* p = image.Row(y);
-    for (int32_t x = 0; x < image.width; ++x, p += 4) {
-      const uint8_t value = std::max({p[0], p[1], p[2]});
-      p[hue.sector.value] = value;
-      p[hue.sector.between] = between[value];
-      p[hue.sector.lowest] = 0;
-    }
+    const int32_t degrees = 90 * y / image.height + 30;
+    const Hue hue(degrees);
+    for (int32_t value = 0; value < 256 && degrees != lastDegrees; ++value) between[value] = hue.Between(1.0, value);
+    lastDegrees = degrees;
+    const uint8_t* levels[3];
+    levels[hue.sector.value] = same.data();
+    levels[hue.sector.between] = between.data();
+    levels[hue.sector.lowest] = kNone.data();
+    GreatestRow(from.Row(y), image.Row(y), image.width);
+    MapRow(image.Row(y), image.Row(y), image.width, {levels[0], levels[1], levels[2]});
   }
   return kEngineDone;
 }

@@ -79,8 +79,8 @@ EngineImage MakeEngineImage(uint8_t* pixels, int32_t width, int32_t height, int3
 // `code` is a code::EngineCode or another one of its ranges. The caller frees the record with EngineFree.
 int32_t EngineCreate(EngineRecord** out, uint32_t code);
 
-// Works on a copy of `from` in `image`, both of one size and apart from each other, or in place if both are one. `second`
-// may be null; it reaches only the merge routines, which blend it into the first.
+// Works on a copy of `from` in `image`, both of one size and apart from each other, or in place if both are one.
+// `second` may be null; it reaches only the merge routines, which blend it into the first.
 int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const EngineImage& image,
                       const EngineImage* second);
 

@@ -120,7 +120,7 @@ int32_t EngineRunFrom(EngineRecord* record, const EngineImage& from, const Engin
 }
 
 bool EngineSparesCopy(const EngineRecord* record) {
-  return record && (IsDirectLook(record->code) || IsDirectWarp(record->code) || IsBlend(record->code));
+  return record && (IsDirectLook(record->code) || IsDirectWarp(record->code) || IsDirectMerge(record->code));
 }
 
 int32_t EngineFree(EngineRecord* record) {
@@ -141,8 +141,6 @@ void MapChannels(const EngineImage& from, const EngineImage& image, const uint8_
 void MapGray(const EngineImage& from, const EngineImage& image, const GrayWeights& weights, const Curve& blue,
              const Curve& green, const Curve& red) {
   for (int32_t y = 0; y < image.height; ++y) {
-    uint8_t* row = image.Row(y);
-    GrayRow(from.Row(y), row, image.width, weights);
-    MapRow(row, row, image.width, {blue.data(), green.data(), red.data()});
+    MapGrayRow(from.Row(y), image.Row(y), image.width, weights, {blue.data(), green.data(), red.data()});
   }
 }

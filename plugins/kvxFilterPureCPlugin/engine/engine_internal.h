@@ -3,6 +3,7 @@
 #define KVX_ENGINE_ENGINE_INTERNAL_H_
 
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "engine/engine.h"
@@ -29,15 +30,15 @@ uint8_t* EnsureTable(EngineRecord& record, int32_t size, uint32_t flags);
 int32_t EngineInitLook(EngineRecord& record);
 int32_t EngineInitWarp(EngineRecord& record);
 int32_t EngineInitMerge(EngineRecord& record);
-// `from` is the picture as it came. `image` is the same, or another that holds a copy; blends and direct routines do
-// not need the copy.
+// `from` is the picture as it came. `image` is the same, or another that holds a copy; direct routines do not need
+// the copy.
 int32_t EngineRunLook(EngineRecord& record, const EngineImage& from, const EngineImage& image);
 int32_t EngineRunWarp(EngineRecord& record, const EngineImage& from, const EngineImage& image);
 int32_t EngineRunMerge(EngineRecord& record, const EngineImage& from, const EngineImage& image,
                        const EngineImage* second);
 bool IsDirectLook(uint32_t code);
 bool IsDirectWarp(uint32_t code);
-bool IsBlend(uint32_t code);
+bool IsDirectMerge(uint32_t code);
 
 // A look that writes every pixel of `image`, alpha included, from those of `from`; both may be the same.
 struct DirectLook {
@@ -55,16 +56,19 @@ struct LookRoutine {
 
 // The routine groups, a file each.
 std::span<const DirectLook> ColorToneLooks();
-std::span<const DirectLook> FlipLooks();
+std::span<const DirectLook> FilmWearLooks();
+std::span<const DirectLook> PaneLooks();
+std::span<const DirectLook> CompositeLooks();
 std::span<const LookRoutine> FilmWearRoutines();
 std::span<const LookRoutine> CompositeRoutines();
 std::span<const LookRoutine> PaneRoutines();
 
 using Curve = ByteTable;
 
-// Two of the grey forms as weights.
+// The grey forms as weights.
 inline constexpr GrayWeights kLuma255 = {29, 150, 76, 255, 1, 8};
 inline constexpr GrayWeights kLuma4 = {1, 2, 1, 0, 1, 2};
+inline constexpr GrayWeights kLuma1024 = {117, 601, 306, 512, 1, 10};
 
 inline void SetGray(uint8_t* p, uint8_t gray) {
   p[0] = p[1] = p[2] = gray;
@@ -76,6 +80,18 @@ template <typename PerRow>
 void ForEachRow(const EngineImage& image, PerRow perRow) {
   ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
     for (int32_t y = begin; y < end; ++y) perRow(y, image.Row(y));
+  });
+}
+
+// The same for a direct look: each row of `image` is a copy of that of `from`.
+template <typename PerRow>
+void ForEachCopiedRow(const EngineImage& from, const EngineImage& image, PerRow perRow) {
+  ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      uint8_t* row = image.Row(y);
+      if (from.pixels != image.pixels) std::memcpy(row, from.Row(y), static_cast<size_t>(image.width) * 4);
+      perRow(y, row);
+    }
   });
 }
 

@@ -2,6 +2,15 @@
 
 #include "engine/engine_internal.h"
 
+std::span<const DirectLook> FilmWearLooks() {
+  static constexpr DirectLook kLooks[] = {
+      {code::kTcvga, film::ReducePalette},
+      {code::kAmCartoon, film::ReducePalette},
+      {code::kGetColor, film::GetColor},
+  };
+  return kLooks;
+}
+
 std::span<const LookRoutine> FilmWearRoutines() {
   static constexpr LookRoutine kRoutines[] = {
       {code::kAmNoise, film::AmNoise},
@@ -17,12 +26,9 @@ std::span<const LookRoutine> FilmWearRoutines() {
       {code::kSiena, film::Siena},
       {code::kGrayRetro, film::GrayRetro},
       {code::kXpro, film::WornCurves},
-      {code::kTcvga, film::ReducePalette},
-      {code::kAmCartoon, film::ReducePalette},
       {code::kStar, film::Star},
       {code::kSnow, film::Snow},
       {code::kBubble, film::Bubble},
-      {code::kGetColor, film::GetColor},
       {code::kVignetteRadius, film::VignetteRadius},
       {code::kBadTvSignal, film::BadTvSignal, true},
   };

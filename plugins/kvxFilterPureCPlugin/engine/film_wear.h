@@ -29,7 +29,7 @@ int32_t Siena(EngineRecord& record, const EngineImage& image);
 int32_t GrayRetro(EngineRecord& record, const EngineImage& image);
 
 // palette.cpp
-int32_t ReducePalette(EngineRecord& record, const EngineImage& image);
+int32_t ReducePalette(EngineRecord& record, const EngineImage& from, const EngineImage& image);
 
 // particles.cpp
 int32_t Star(EngineRecord& record, const EngineImage& image);
@@ -37,7 +37,7 @@ int32_t Snow(EngineRecord& record, const EngineImage& image);
 int32_t Bubble(EngineRecord& record, const EngineImage& image);
 
 // get_color.cpp
-int32_t GetColor(EngineRecord& record, const EngineImage& image);
+int32_t GetColor(EngineRecord& record, const EngineImage& from, const EngineImage& image);
 
 // bad_tv.cpp
 int32_t BadTvSignal(EngineRecord& record, const EngineImage& image);

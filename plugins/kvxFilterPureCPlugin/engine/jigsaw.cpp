@@ -42,39 +42,50 @@ struct Pane {
   Paint paint;
 };
 
-void FillRun(uint8_t* p, const uint8_t* end, Paint paint) {
-  if (paint >= kGrays) {
-    for (; p < end; p += 4) SetGray(p, static_cast<uint8_t>(paint - kGrays));
-    return;
+void PaintRun(const uint8_t* in, uint8_t* out, int32_t count, Paint paint) {
+  if (paint < kGrays) {
+    const Tint& tint = Tints()[static_cast<size_t>(paint)];
+    return MapRow(in, out, count, {tint[0].data(), tint[1].data(), tint[2].data()});
   }
-  const Tint& tint = Tints()[static_cast<size_t>(paint)];
-  for (; p < end; p += 4) {
-    p[0] = tint[0][p[0]];
-    p[1] = tint[1][p[1]];
-    p[2] = tint[2][p[2]];
-  }
+  const uint32_t gray = static_cast<uint32_t>(paint - kGrays) * 0x010101u;
+  for (int32_t x = 0; x < count; ++x) StorePixel(out, x, (LoadPixel(in, x) & kAlphaByte) | gray);
 }
 
-// The first pane must cover the frame. Rows between two edges of panes are alike: what each of their pixels gets is
-// worked out once, and every pixel is painted once.
-void PaintPanes(const EngineImage& image, std::span<const Pane> panes) {
+// Pixels side by side that get the same.
+struct Run {
+  int32_t first;
+  int32_t count;
+  Paint paint;
+};
+
+// The runs of row `y`; the first pane must cover the frame.
+std::vector<Run> RunsOf(std::span<const Pane> panes, int32_t y, int32_t width) {
+  std::vector<Paint> paints(static_cast<size_t>(width));
+  const auto column = [&](int32_t x) { return paints.begin() + std::clamp(x, 0, width); };
+  for (const Pane& pane : panes) {
+    if (pane.top <= y && y < pane.bottom && pane.left < pane.right) {
+      std::fill(column(pane.left), column(pane.right), pane.paint);
+    }
+  }
+  std::vector<Run> runs;
+  for (int32_t x = 0; x < width; ++x) {
+    const Paint paint = paints[static_cast<size_t>(x)];
+    if (runs.empty() || runs.back().paint != paint) runs.push_back({x, 0, paint});
+    ++runs.back().count;
+  }
+  return runs;
+}
+
+// Rows between two edges of panes are alike.
+void PaintPanes(const EngineImage& from, const EngineImage& image, std::span<const Pane> panes) {
   ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
-    std::vector<Paint> paints(static_cast<size_t>(image.width));
-    const auto column = [&](int32_t x) { return paints.begin() + std::clamp(x, 0, image.width); };
+    std::vector<Run> runs;
     for (int32_t y = begin; y < end; ++y) {
       const auto changes = [y](const Pane& pane) { return pane.top == y || pane.bottom == y; };
-      if (y == begin || std::ranges::any_of(panes, changes)) {
-        for (const Pane& pane : panes) {
-          if (pane.top <= y && y < pane.bottom && pane.left < pane.right) {
-            std::fill(column(pane.left), column(pane.right), pane.paint);
-          }
-        }
-      }
-      uint8_t* row = image.Row(y);
-      for (auto run = paints.begin(); run != paints.end();) {
-        const auto next = std::find_if(run, paints.end(), [run](Paint paint) { return paint != *run; });
-        FillRun(row + 4 * (run - paints.begin()), row + 4 * (next - paints.begin()), *run);
-        run = next;
+      if (y == begin || std::ranges::any_of(panes, changes)) runs = RunsOf(panes, y, image.width);
+      for (const Run& run : runs) {
+        const ptrdiff_t first = ptrdiff_t{4} * run.first;
+        PaintRun(from.Row(y) + first, image.Row(y) + first, run.count, run.paint);
       }
     }
   });
@@ -290,9 +301,9 @@ std::vector<Pane> LayoutF(const EngineImage& image) {
 
 }  // namespace
 
-int32_t Jigsaw(EngineRecord& record, const EngineImage& image) {
+int32_t Jigsaw(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   static constexpr std::vector<Pane> (*kLayouts[])(const EngineImage&) = {LayoutA, LayoutB, LayoutC,
                                                                           LayoutD, LayoutE, LayoutF};
-  PaintPanes(image, kLayouts[record.code - code::kJigsawA](image));
+  PaintPanes(from, image, kLayouts[record.code - code::kJigsawA](image));
   return kEngineDone;
 }

@@ -162,10 +162,10 @@ HWY_EXPORT(ToLinear);
 }  // namespace lab_tone
 
 // Lightness through a power curve, colour as it is.
-int32_t LabTone(EngineRecord&, const EngineImage& image) {
+int32_t LabTone(EngineRecord&, const EngineImage& from, const EngineImage& image) {
   using namespace lab_tone;
   static const ToneTables tables;
-  ForEachRow(image, [=](int32_t, uint8_t* row) {
+  ForEachCopiedRow(from, image, [=](int32_t, uint8_t* row) {
     Piece piece;
     for (int32_t begin = 0; begin < image.width; begin += Piece::kMost) {
       const int32_t count = std::min(Piece::kMost, image.width - begin);

@@ -19,7 +19,7 @@ const Looks& AllLooks() {
     for (const auto group : {FilmWearRoutines(), CompositeRoutines(), PaneRoutines()}) {
       for (const LookRoutine& look : group) all.inPlace[look.code] = look;
     }
-    for (const auto group : {ColorToneLooks(), FlipLooks()}) {
+    for (const auto group : {ColorToneLooks(), FilmWearLooks(), CompositeLooks(), PaneLooks()}) {
       for (const DirectLook& look : group) all.direct[look.code] = look;
     }
     return all;

@@ -29,8 +29,9 @@ std::vector<uint8_t> Extend(const EngineImage& material, const EngineImage& fram
 
 }  // namespace
 
-bool IsBlend(uint32_t code) {
-  return FindCode(BlendModeRows(), code) != nullptr;
+bool IsDirectMerge(uint32_t code) {
+  const MergeLook* look = FindCode(MergeLookRows(), code);
+  return FindCode(BlendModeRows(), code) || (look && look->direct);
 }
 
 int32_t EngineRunMerge(EngineRecord& record, const EngineImage& from, const EngineImage& image,
@@ -40,7 +41,8 @@ int32_t EngineRunMerge(EngineRecord& record, const EngineImage& from, const Engi
   if (mode && !mode->needsMaterial) return mode->run(record, {from, from, image});
   if (!second || !second->pixels || second->width <= 0 || second->height <= 0) return kEngineBadImage;
   const auto run = [&](const EngineImage& material) {
-    return mode ? mode->run(record, {from, material, image}) : look->run(record, image, material);
+    const BlendImages images{from, material, image};
+    return mode ? mode->run(record, images) : look->run(record, images);
   };
   if (!mode && !look) return kEngineFailed;
   const bool large = second->width >= image.width && second->height >= image.height;

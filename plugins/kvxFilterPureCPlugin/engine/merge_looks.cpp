@@ -54,7 +54,7 @@ constexpr LookKnots kKnots[kCurveLooks] = {
      {0, 14, 41, 94, 161, 210, 237, 249, 255}},
 };
 
-void MapLook(const EngineImage& frame, CurveLook look) {
+ByteTables TablesOf(CurveLook look) {
   static const std::array<CurveSet, kCurveLooks> sets = [] {
     std::array<CurveSet, kCurveLooks> made;
     std::transform(std::begin(kKnots), std::end(kKnots), made.begin(), [](const LookKnots& knots) {
@@ -63,43 +63,49 @@ void MapLook(const EngineImage& frame, CurveLook look) {
     return made;
   }();
   const CurveSet& set = sets[look];
-  MapChannels(frame, frame, set.blue.data(), set.green.data(), set.red.data());
+  return {set.blue.data(), set.green.data(), set.red.data()};
 }
 
 // Codes 2193 to 2197: curves, then a share of a blend. A material of another size is left out.
-int32_t CurvesAndBlend(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
+int32_t CurvesAndBlend(EngineRecord& record, const BlendImages& images) {
   struct Row {
     CurveLook curves;
     int32_t share;  // of 256
   };
   static constexpr Row kRows[] = {{kSunSet, 154}, {kVivid, 128}, {kGarden, 128}, {kDanGui, 256}, {kSunSet, 256}};
   const Row& row = kRows[record.code - code::kColorTune1];
-  MapLook(frame, row.curves);
-  if (material.width != frame.width || material.height != frame.height) return kEngineDone;
+  const ByteTables tables = TablesOf(row.curves);
+  const int32_t width = images.to.width;
+  const bool blends = images.material.width == width && images.material.height == images.to.height;
+  const bool multiplies = record.code == code::kColorTune1;
   const int32_t share = row.share;
-  if (record.code == code::kColorTune1) {
-    Blend(frame, material, [share](int32_t f, int32_t m) {
-      const int32_t s = Product(f, m);
-      return (((s - f) * share) >> 8) + f;
-    });
-  } else {
-    Blend(frame, material, [share](int32_t f, int32_t m) {
-      const int32_t s = DoubledProduct(f, m, 0);
-      return (((s - f) * share) >> 8) + f;
-    });
+  for (int32_t y = 0; y < images.to.height; ++y) {
+    const auto [from, material, to] = RowsOf(images, y);
+    MapRow(from, to, width, tables);
+    if (!blends) continue;
+    if (multiplies) {
+      BlendRow({to, material, to}, width, NoExtra{},
+               [share](int32_t f, int32_t m) { return (((Product(f, m) - f) * share) >> 8) + f; });
+    } else {
+      BlendRow({to, material, to}, width, NoExtra{},
+               [share](int32_t f, int32_t m) { return (((DoubledProduct(f, m, 0) - f) * share) >> 8) + f; });
+    }
   }
   return kEngineDone;
 }
 
-int32_t MultiplyAndTone(EngineRecord&, const EngineImage& frame, const EngineImage& material) {
-  Blend(frame, material, Product);
-  MapLook(frame, kVelora);
+int32_t MultiplyAndTone(EngineRecord&, const BlendImages& images) {
+  for (int32_t y = 0; y < images.to.height; ++y) {
+    const BlendRows rows = RowsOf(images, y);
+    BlendRow(rows, images.to.width, NoExtra{}, Product);
+    MapRow(rows.to, rows.to, images.to.width, TablesOf(kVelora));
+  }
   return kEngineDone;
 }
 
-int32_t Charcoal(EngineRecord&, const EngineImage& frame, const EngineImage& material) {
+int32_t Charcoal(EngineRecord&, const BlendImages& images) {
   Blend(
-      frame, material,
+      images,
       [](uint32_t f, uint32_t) {
         return FourTimes(static_cast<uint32_t>(Luma255(f & 255, f >> 8 & 255, f >> 16 & 255)));
       },
@@ -107,43 +113,51 @@ int32_t Charcoal(EngineRecord&, const EngineImage& frame, const EngineImage& mat
   return kEngineDone;
 }
 
-int32_t LiftedScreen(EngineRecord&, const EngineImage& frame, const EngineImage& material) {
-  Blend(frame, material, [](int32_t f, int32_t m) {
+int32_t LiftedScreen(EngineRecord&, const BlendImages& images) {
+  Blend(images, [](int32_t f, int32_t m) {
     const int32_t lifted = std::min(static_cast<uint16_t>(f * 256) / 182, 255);
     return 255 - (((255 - lifted) * (255 - m)) >> 8);
   });
   return kEngineDone;
 }
 
-// Colour stays by `spots`, a byte for each pixel from `left` to `right`, and drains to grey elsewhere.
-void FocusRow(uint8_t* p, int32_t width, const uint8_t* spots, int64_t left, int64_t right) {
-  for (int32_t x = 0; x < width; ++x, p += 4) {
-    const int32_t gray = Luma1024(p);
-    const int32_t a = x >= left && x <= right ? spots[4 * (x - left)] : 0;
-    for (int32_t c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>((p[c] * a + gray * (256 - a)) >> 8);
+// Colour stays as far as the blue bytes of `spots` say, and drains to grey.
+void FocusRow(const uint8_t* in, const uint8_t* spots, uint8_t* out, int32_t count) {
+#pragma GCC ivdep
+  for (int32_t x = 0; x < count; ++x) {
+    const uint32_t pixel = LoadPixel(in + 4 * x);
+    const uint32_t b = pixel & 255, g = pixel >> 8 & 255, r = pixel >> 16 & 255;
+    const uint32_t a = LoadPixel(spots + 4 * x) & 255;
+    const uint32_t gray = ((306 * r + 601 * g + 117 * b + 512) >> 10) * (256 - a);
+    StorePixel(out + 4 * x,
+               (pixel & kAlphaByte) | (b * a + gray) >> 8 | (g * a + gray) >> 8 << 8 | (r * a + gray) >> 8 << 16);
   }
 }
 
 // Colour stays where the material, laid around the position, is bright, and drains to grey elsewhere. The material's
 // rows run against the frame's.
-int32_t FocusColor(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
-  const int64_t cx = WrapMul(record.posX, frame.width) / 100;
-  const int64_t cy = WrapMul(record.posY, frame.height) / 100;
+int32_t FocusColor(EngineRecord& record, const BlendImages& images) {
+  const auto& [from, material, to] = images;
+  const int64_t cx = WrapMul(record.posX, to.width) / 100;
+  const int64_t cy = WrapMul(record.posY, to.height) / 100;
   const int64_t hw = material.width >> 1;
   const int64_t hh = (material.height >> 1) - 1;
   const int64_t left = std::max<int64_t>(cx + 1 - hw, 0);
-  const int64_t right = std::min<int64_t>(hw - 1 + cx, frame.width - 1);
+  const int64_t right = std::min<int64_t>(hw - 1 + cx, to.width - 1);
   const int64_t top = std::max<int64_t>(cy - hh, 0);
-  const int64_t bottom = std::min<int64_t>(hh + cy, frame.height - 1);
-  ForEachRow(frame, [=](int32_t y, uint8_t* p) {
+  const int64_t bottom = std::min<int64_t>(hh + cy, to.height - 1);
+  for (int32_t y = 0; y < to.height; ++y) {
+    const uint8_t* in = from.Row(y);
+    uint8_t* out = to.Row(y);
     const bool within = y >= top && y <= bottom && left <= right;
-    const int32_t row = static_cast<int32_t>(hh + cy - y);
-    if (within) {
-      FocusRow(p, frame.width, material.Row(row) + 4 * (hw - 1 + left - cx), left, right);
-    } else {
-      FocusRow(p, frame.width, nullptr, 0, -1);
-    }
-  });
+    const auto begin = within ? static_cast<int32_t>(left) : to.width;
+    const auto end = within ? static_cast<int32_t>(right) + 1 : to.width;
+    GrayRow(in, out, begin, kLuma1024);
+    if (!within) continue;
+    const uint8_t* spots = material.Row(static_cast<int32_t>(hh + cy - y)) + 4 * (hw - 1 + left - cx);
+    FocusRow(in + 4 * begin, spots, out + 4 * begin, end - begin);
+    GrayRow(in + 4 * end, out + 4 * end, to.width - end, kLuma1024);
+  }
   return kEngineDone;
 }
 
@@ -164,7 +178,8 @@ void MixTonedRow(uint8_t* p, const uint8_t* toned, int32_t width) {
 }
 
 // A soft picture of little contrast under the material.
-int32_t OldPhoto(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
+int32_t OldPhoto(EngineRecord& record, const BlendImages& images) {
+  const EngineImage& frame = images.to;
   uint8_t* work = CopyToWork(record, frame);
   if (!work) return kEngineNoScratch;
   const size_t step = static_cast<size_t>(frame.stepBytes);
@@ -183,7 +198,7 @@ int32_t OldPhoto(EngineRecord& record, const EngineImage& frame, const EngineIma
     }
   });
   Blend(
-      frame, material, [](uint32_t, uint32_t m) { return FourTimes(m >> 24); },
+      BlendImages{frame, images.material, frame}, [](uint32_t, uint32_t m) { return FourTimes(m >> 24); },
       [](int32_t f, int32_t m, int32_t a) { return (f * (255 - a) + m * a) >> 8; });  // white over white gives 254
   return kEngineDone;
 }
@@ -217,57 +232,76 @@ void BuildRadialMask(const EngineImage& frame, uint8_t* mask) {
   }
 }
 
-// The screen of the material and the picture's negative light, as far as the blue bytes of `k` say.
-void CanvasRow(uint8_t* p, const uint8_t* m, const uint8_t* k, int32_t width) {
-  for (int32_t x = 0; x < width; ++x, p += 4, m += 4, k += 4) {
-    const int32_t light = 255 - Luma255(p);
-    const int32_t weight = k[0];
-    for (int32_t c = 0; c < 3; ++c) {
-      const int32_t s = 255 - (((255 - m[c]) * light) >> 8);
-      p[c] = static_cast<uint8_t>((((s - m[c]) * weight) >> 8) + m[c]);
+// The screen of the material and the picture's negative light, as far as the blue bytes of `mask` say.
+void CanvasRow(const BlendRows& rows, const uint8_t* mask, int32_t width) {
+  for (int32_t x = 0; x < width; x += kBlendRun) {
+    const int32_t count = std::min(kBlendRun, width - x);
+    const uint8_t* f = rows.from + 4 * x;
+    const uint8_t* m = rows.material + 4 * x;
+    uint8_t* to = rows.to + 4 * x;
+    alignas(64) uint8_t lights[4 * kBlendRun], weights[4 * kBlendRun];
+    for (int32_t i = 0; i < count; ++i) {
+      const uint32_t pixel = LoadPixel(f, i);
+      const uint32_t luma = (29 * (pixel & 255) + 150 * (pixel >> 8 & 255) + 76 * (pixel >> 16 & 255) + 255) >> 8;
+      StorePixel(lights, i, FourTimes(255 - luma));
+      StorePixel(weights, i, FourTimes(LoadPixel(mask, x + i) & 255));
+    }
+#pragma GCC ivdep
+    for (int32_t i = 0; i < 4 * count; ++i) {
+      const int32_t s = 255 - (((255 - m[i]) * lights[i]) >> 8);
+      const auto color = static_cast<uint8_t>((((s - m[i]) * weights[i]) >> 8) + m[i]);
+      const uint8_t alpha = kAlphas[static_cast<size_t>(i)];
+      to[i] = static_cast<uint8_t>((color & ~alpha) | (f[i] & alpha));
     }
   }
 }
 
-// The first frame of a size is masked radially. The mask is then overwritten by the copy of each later frame, whose
-// blue bytes serve in its place; this is meant.
-int32_t Canvas(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
-  const uint8_t* mask = frame.pixels;
+// The first frame of a size is masked radially. Each later frame masks itself by its blue bytes, as if its copy had
+// been laid over the mask; this is meant.
+int32_t Canvas(EngineRecord& record, const BlendImages& images) {
+  const EngineImage& frame = images.to;
+  EngineImage mask = images.from;
   if (record.dirtyFlags & kDirtyParticles) {
     uint8_t* radial = EnsureWorkCopy(record, frame.totalBytes);
     if (!radial) return kEngineNoScratch;
     BuildRadialMask(frame, radial);
     record.dirtyFlags &= ~kDirtyParticles;
-    mask = radial;
+    mask = frame;
+    mask.pixels = radial;
   }
-  ForEachRow(frame, [=](int32_t y, uint8_t* p) {
-    CanvasRow(p, material.Row(y), mask + static_cast<ptrdiff_t>(y) * frame.stepBytes, frame.width);
-  });
+  ForEachRow(frame, [=](int32_t y, uint8_t*) { CanvasRow(RowsOf(images, y), mask.Row(y), frame.width); });
   return kEngineDone;
 }
 
 // Soft light of the grey on the paper `m`, divided by the largest grey around.
-void PencilRow(const uint8_t* mid, const uint8_t* largest, const uint8_t* m, const int32_t* root, uint8_t* out,
-               int32_t width) {
+void PencilRow(const uint8_t* mid, const uint8_t* largest, const uint8_t* m, uint8_t* out, int32_t width) {
+  // Masks in place of branches, which would keep the loop from becoming vector code.
+#pragma GCC ivdep
   for (int32_t x = 1; x < width - 1; ++x) {
     const int32_t g = mid[x];
-    const int32_t paper = m[4 * x] - 128;
-    const int32_t v = paper < 0 ? (paper * (255 - g) + 32768) * g >> 15 : ((root[g] * 16 - g) * paper + g * 128) >> 7;
-    // Exact, as the quotient is far from the end of a float's digits.
-    const float ratio = static_cast<float>((v & 255) << 8) / static_cast<float>(std::max<int32_t>(largest[x], 1));
-    out[x] = largest[x] ? static_cast<uint8_t>(std::min(ratio, 255.0f)) : 255;
+    const int32_t paper = static_cast<int32_t>(LoadPixel(m + 4 * x) & 255) - 128;
+    const auto root = static_cast<int32_t>(std::sqrt(static_cast<float>(g)));
+    const int32_t dark = ((paper * (255 - g) + 32768) * g) >> 15;
+    const int32_t bright = ((root * 16 - g) * paper + g * 128) >> 7;
+    const int32_t below = paper >> 31;
+    const int32_t v = (dark & below) | (bright & ~below);
+    // Exact, as the quotient is far from the end of a float's digits. Black around gives white.
+    const int32_t black = (largest[x] - 1) >> 31;
+    const auto ratio =
+        static_cast<int32_t>(static_cast<float>((v & 255) << 8) / static_cast<float>(largest[x] - black));
+    out[x] = static_cast<uint8_t>(std::min(ratio, 255) | (black & 255));
   }
 }
 
 // A pencil drawing over the material's paper.
-int32_t Pencil(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
+int32_t Pencil(EngineRecord& record, const BlendImages& images) {
+  const EngineImage& frame = images.to;
+  const EngineImage& material = images.material;
   uint8_t* plane = EnsureWorkCopy(record, frame.totalBytes);
   if (!plane) return kEngineNoScratch;
   MakeGrayPlane(frame, plane);
-  int32_t root[256];
-  for (int32_t i = 0; i < 256; ++i) root[i] = static_cast<int32_t>(std::sqrt(static_cast<double>(i)));
   const int32_t width = frame.width;
-  ForRowBands(width, 1, frame.height - 1, [=, &root](int32_t begin, int32_t end) {
+  ForRowBands(width, 1, frame.height - 1, [=](int32_t begin, int32_t end) {
     std::vector<uint8_t> scratch(3 * static_cast<size_t>(width));
     uint8_t* columns = scratch.data();
     uint8_t* largest = columns + width;
@@ -275,7 +309,7 @@ int32_t Pencil(EngineRecord& record, const EngineImage& frame, const EngineImage
     for (int32_t y = begin; y < end; ++y) {
       const uint8_t* mid = plane + static_cast<ptrdiff_t>(y) * width;
       MaxOf3x3({mid - width, mid, mid + width}, 1, width, columns, largest);
-      PencilRow(mid, largest, material.Row(y), root, out, width);
+      PencilRow(mid, largest, material.Row(y), out, width);
       if (width > 2) StoreGrays(frame.Row(y) + 4, out + 1, width - 2);
     }
   });
@@ -284,7 +318,9 @@ int32_t Pencil(EngineRecord& record, const EngineImage& frame, const EngineImage
 }
 
 // Code 2206, which no effect uses: a drawing from the grey, and the material over it wherever it is not pure white.
-int32_t DrawingUnderMaterial(EngineRecord& record, const EngineImage& frame, const EngineImage& material) {
+int32_t DrawingUnderMaterial(EngineRecord& record, const BlendImages& images) {
+  const EngineImage& frame = images.to;
+  const EngineImage& material = images.material;
   uint8_t* plane = EnsureWorkCopy(record, frame.totalBytes);
   uint8_t* source = EnsureSourceCopy(record, frame.totalBytes);
   if (!plane || !source) return kEngineNoScratch;
@@ -313,15 +349,15 @@ int32_t DrawingUnderMaterial(EngineRecord& record, const EngineImage& frame, con
 
 std::span<const MergeLook> Routines() {
   static constexpr MergeLook kLooks[] = {
-      {code::kColorTune1, code::kColorTune5, CurvesAndBlend, true},
-      {code::kDarkCorners, code::kDarkCorners, MultiplyAndTone},
-      {code::kCharcoal, code::kCharcoal, Charcoal},
-      {code::kLiftedScreen, code::kLiftedScreen, LiftedScreen},
-      {code::kFocusColor, code::kFocusColor, FocusColor, true},
-      {code::kOldPhoto, code::kOldPhoto, OldPhoto},
-      {code::kCanvasDrawing, code::kCanvasDrawing, Canvas},
-      {code::kPencilDrawing, code::kPencilDrawing, Pencil},
-      {code::kDrawingUnderMaterial, code::kDrawingUnderMaterial, DrawingUnderMaterial},
+      {code::kColorTune1, code::kColorTune5, CurvesAndBlend, true, true},
+      {code::kDarkCorners, code::kDarkCorners, MultiplyAndTone, true},
+      {code::kCharcoal, code::kCharcoal, Charcoal, true},
+      {code::kLiftedScreen, code::kLiftedScreen, LiftedScreen, true},
+      {code::kFocusColor, code::kFocusColor, FocusColor, true, true},
+      {code::kOldPhoto, code::kOldPhoto, OldPhoto, false},
+      {code::kCanvasDrawing, code::kCanvasDrawing, Canvas, true},
+      {code::kPencilDrawing, code::kPencilDrawing, Pencil, false},
+      {code::kDrawingUnderMaterial, code::kDrawingUnderMaterial, DrawingUnderMaterial, false},
   };
   return kLooks;
 }

@@ -1,4 +1,6 @@
 // Codes 57 and 58: few colours.
+#include <algorithm>
+#include <array>
 #include <span>
 
 #include "engine/engine_internal.h"
@@ -31,7 +33,7 @@ uint8_t NearestColor(std::span<const PaletteColor> palette, int32_t red, int32_t
 }  // namespace
 
 // The cube knows for each of its cells the colour nearest to the cell's dark corner.
-int32_t ReducePalette(EngineRecord& record, const EngineImage& image) {
+int32_t ReducePalette(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   const std::span<const PaletteColor> palette = record.code == code::kTcvga
                                                     ? std::span<const PaletteColor>(kTcvgaPalette)
                                                     : std::span<const PaletteColor>(kCartoonPalette);
@@ -43,11 +45,20 @@ int32_t ReducePalette(EngineRecord& record, const EngineImage& image) {
     }
     record.dirtyFlags &= ~kDirtyTables;
   }
-  ForEachPixel(image, [=](uint8_t* p) {
-    const PaletteColor& color = palette[cube[(p[2] >> 3) << 10 | (p[1] >> 3) << 5 | p[0] >> 3]];
-    p[0] = color.blue;
-    p[1] = color.green;
-    p[2] = color.red;
+  std::array<uint32_t, 256> words{};
+  std::transform(palette.begin(), palette.end(), words.begin(), [](const PaletteColor& color) {
+    return color.blue | uint32_t{color.green} << 8 | uint32_t{color.red} << 16;
+  });
+  ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* in = from.Row(y);
+      uint8_t* out = image.Row(y);
+      for (int32_t x = 0; x < image.width; ++x) {
+        const uint32_t pixel = LoadPixel(in, x);
+        const uint32_t cell = (pixel >> 3 & 31) | (pixel >> 6 & 31 << 5) | (pixel >> 9 & 31 << 10);
+        StorePixel(out, x, (pixel & kAlphaByte) | words[cube[cell]]);
+      }
+    }
   });
   return kEngineDone;
 }

@@ -5,7 +5,7 @@
 #include "engine/engine.h"
 
 // jigsaw.cpp. The layout comes from the record's code, 89 to 94.
-int32_t Jigsaw(EngineRecord& record, const EngineImage& image);
+int32_t Jigsaw(EngineRecord& record, const EngineImage& from, const EngineImage& image);
 
 // kaleidoscope.cpp
 int32_t Kaleidoscope(EngineRecord& record, const EngineImage& image);

@@ -19,34 +19,34 @@ int32_t Flip(EngineRecord&, const EngineImage& from, const EngineImage& image) {
   return kEngineDone;
 }
 
-int32_t MirrorLeftRight(EngineRecord&, const EngineImage& image) {
-  for (int32_t y = 0; y < image.height; ++y) {
-    const uint8_t* left = image.Row(y);
-    uint8_t* right = image.Row(y) + 4 * static_cast<ptrdiff_t>(image.width - 1);
+int32_t MirrorLeftRight(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  ForEachCopiedRow(from, image, [width = image.width](int32_t, uint8_t* row) {
+    const uint8_t* left = row;
+    uint8_t* right = row + 4 * static_cast<ptrdiff_t>(width - 1);
     for (; left < right; left += 4, right -= 4) std::memcpy(right, left, 4);
-  }
+  });
   return kEngineDone;
 }
 
 // The top half is rebuilt from the lower half; the bottom row of an even height is not used.
-int32_t MirrorTopBottom(EngineRecord&, const EngineImage& image) {
-  const int32_t half = std::max(image.height / 2, 1);
-  for (int32_t k = 1; k < half; ++k) {
-    std::memcpy(image.Row(half - 1 - k), image.Row(half - 1 + k), 4 * static_cast<size_t>(image.width));
+int32_t MirrorTopBottom(EngineRecord&, const EngineImage& from, const EngineImage& image) {
+  const int32_t middle = std::max(image.height / 2, 1) - 1;
+  for (int32_t y = middle; y < image.height; ++y) {
+    const size_t bytes = 4 * static_cast<size_t>(image.width);
+    if (from.pixels != image.pixels) std::memcpy(image.Row(y), from.Row(y), bytes);
+    if (const int32_t above = 2 * middle - y; above >= 0 && y > middle)
+      std::memcpy(image.Row(above), from.Row(y), bytes);
   }
   return kEngineDone;
 }
 
 }  // namespace
 
-std::span<const DirectLook> FlipLooks() {
+std::span<const DirectLook> PaneLooks() {
   static constexpr DirectLook kLooks[] = {
-      {code::kFlipLeftRight, Flip<1>}, {code::kFlipTopBottom, Flip<0>}, {code::kFlipAll, Flip<-1>}};
-  return kLooks;
-}
-
-std::span<const LookRoutine> PaneRoutines() {
-  static constexpr LookRoutine kRoutines[] = {
+      {code::kFlipLeftRight, Flip<1>},
+      {code::kFlipTopBottom, Flip<0>},
+      {code::kFlipAll, Flip<-1>},
       {code::kMirrorLeftRight, MirrorLeftRight},
       {code::kMirrorTopBottom, MirrorTopBottom},
       {code::kJigsawA, Jigsaw},
@@ -55,7 +55,11 @@ std::span<const LookRoutine> PaneRoutines() {
       {code::kJigsawD, Jigsaw},
       {code::kJigsawE, Jigsaw},
       {code::kJigsawF, Jigsaw},
-      {code::kKaleidoscope, Kaleidoscope},
   };
+  return kLooks;
+}
+
+std::span<const LookRoutine> PaneRoutines() {
+  static constexpr LookRoutine kRoutines[] = {{code::kKaleidoscope, Kaleidoscope}};
   return kRoutines;
 }

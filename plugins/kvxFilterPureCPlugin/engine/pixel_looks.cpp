@@ -132,27 +132,31 @@ HWY_EXPORT(BeautifyRow);
 HWY_EXPORT(GloamingRow);
 }  // namespace pixel_looks
 
-int32_t SimpleElegant(EngineRecord&, const EngineImage& image) {
+int32_t SimpleElegant(EngineRecord&, const EngineImage& from, const EngineImage& image) {
   using namespace pixel_looks;
-  for (int32_t y = 0; y < image.height; ++y) HWY_DYNAMIC_DISPATCH(SimpleElegantRow)(image.Row(y), image.width);
+  ForEachCopiedRow(from, image, [width = image.width](int32_t, uint8_t* row) {
+    HWY_DYNAMIC_DISPATCH(SimpleElegantRow)(row, width);
+  });
   return kEngineDone;
 }
 
-int32_t Beautify(EngineRecord&, const EngineImage& image) {
+int32_t Beautify(EngineRecord&, const EngineImage& from, const EngineImage& image) {
   using namespace pixel_looks;
-  for (int32_t y = 0; y < image.height; ++y) HWY_DYNAMIC_DISPATCH(BeautifyRow)(image.Row(y), image.width);
+  ForEachCopiedRow(from, image, [width = image.width](int32_t, uint8_t* row) {
+    HWY_DYNAMIC_DISPATCH(BeautifyRow)(row, width);
+  });
   return kEngineDone;
 }
 
-int32_t Gloaming(EngineRecord&, const EngineImage& image) {
+int32_t Gloaming(EngineRecord&, const EngineImage& from, const EngineImage& image) {
   using namespace pixel_looks;
   static const CurveSet kCurves = {MakeCurve(CurveKnots{54, 102, 145, 184, 221}),
                                    MakeCurve(CurveKnots{0, 74, 142, 201, 255}),
                                    MakeCurve(CurveKnots{0, 92, 166, 215, 255})};
-  for (int32_t y = 0; y < image.height; ++y) {
-    HWY_DYNAMIC_DISPATCH(GloamingRow)(image.Row(y), image.width);
-    MapRow(image.Row(y), image.Row(y), image.width, {kCurves.blue.data(), kCurves.green.data(), kCurves.red.data()});
-  }
+  ForEachCopiedRow(from, image, [width = image.width](int32_t, uint8_t* row) {
+    HWY_DYNAMIC_DISPATCH(GloamingRow)(row, width);
+    MapRow(row, row, width, {kCurves.blue.data(), kCurves.green.data(), kCurves.red.data()});
+  });
   return kEngineDone;
 }
 

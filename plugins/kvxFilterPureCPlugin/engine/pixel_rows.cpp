@@ -26,6 +26,44 @@ void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* colu
   }
 }
 
+void Sharpen3x3(const RowTriple& rows, int32_t count, uint8_t* __restrict out) {
+  const uint8_t *up = rows.up, *mid = rows.mid, *down = rows.down;
+  for (int32_t i = 4; i < count - 4; ++i) {
+    const int32_t around =
+        up[i - 4] + up[i] + up[i + 4] + mid[i - 4] + mid[i + 4] + down[i - 4] + down[i] + down[i + 4];
+    const auto sharp = static_cast<int16_t>(9 * mid[i] - around);
+    out[i] = static_cast<uint8_t>(std::min<int16_t>(std::max<int16_t>(sharp, 0), 255));
+  }
+}
+
+// A root is so far from the next whole number that the float's does not reach it.
+void EdgeFadeRow(const RowTriple& rows, int32_t count, uint8_t* __restrict out) {
+  const uint8_t *above = rows.up, *row = rows.mid, *below = rows.down;
+  if (count > 0) out[0] = out[count - 1] = 255;
+  for (int32_t x = 1; x < count - 1; ++x) {
+    const int32_t falling = below[x + 1] - above[x - 1];
+    const int32_t rising = below[x - 1] - above[x + 1];
+    const int32_t down = 2 * (below[x] - above[x]) + falling + rising;
+    const int32_t across = 2 * (row[x + 1] - row[x - 1]) + falling - rising;
+    const int32_t gy = std::min(down < 0 ? -down : down, 255), gx = std::min(across < 0 ? -across : across, 255);
+    const auto strength = static_cast<int32_t>(__builtin_sqrtf(static_cast<float>(gx * gx + gy * gy)));
+    out[x] = static_cast<uint8_t>(255 - std::min(strength, 255));
+  }
+}
+
+void FadeRow(const uint8_t* in, const uint8_t* fades, int32_t width, uint8_t* out) {
+#pragma GCC ivdep
+  for (int32_t x = 0; x < width; ++x) {
+    const uint32_t pixel = LoadPixel(in + 4 * x);
+    const uint32_t fade = 2 * uint32_t{fades[x]};
+    uint32_t faded = pixel & kAlphaByte;
+    for (int shift = 0; shift < 24; shift += 8) {
+      faded |= std::min(((pixel >> shift & 255) * fade + 255) >> 8, 255u) << shift;
+    }
+    StorePixel(out + 4 * x, faded);
+  }
+}
+
 void HardBlendRow(const uint8_t* row, const uint8_t* over, int32_t count, uint8_t* out) {
 #pragma GCC ivdep
   for (int32_t i = 0; i < count; ++i) {
@@ -33,6 +71,78 @@ void HardBlendRow(const uint8_t* row, const uint8_t* over, int32_t count, uint8_
     const uint16_t dark = static_cast<uint16_t>(a * t) >> 7;
     const uint16_t light = static_cast<uint16_t>((255 - a) * (255 - t)) >> 7;
     out[i] = static_cast<uint8_t>(t < 128 ? dark : 255 - light);
+  }
+}
+
+// The quotients of whole numbers lie so far from each other that those of 32-bit floats are cut alike.
+void SoftTintRow(uint8_t* row, const uint8_t* tints, int32_t width) {
+#pragma GCC ivdep
+  for (int32_t i = 0; i < 4 * width; ++i) {
+    const uint16_t c = row[i], t = tints[i];
+    const uint16_t dark = static_cast<uint16_t>((t + 128) * c) / 255;
+    const uint16_t light = static_cast<uint16_t>((382 - t) * (255 - c) + 254) / 255;
+    row[i] = static_cast<uint8_t>(c < 128 ? dark : 255 - light);
+  }
+  for (int32_t x = 0; x < width; ++x) {
+    StorePixel(row + 4 * x, (LoadPixel(row + 4 * x) & kColorBytes) | (LoadPixel(tints + 4 * x) & kAlphaByte));
+  }
+}
+
+namespace {
+
+struct Extremes {
+  int32_t greatest, least;
+};
+Extremes ExtremesOf(uint32_t pixel) {
+  const auto b = static_cast<int32_t>(pixel & 255), g = static_cast<int32_t>(pixel >> 8 & 255),
+             r = static_cast<int32_t>(pixel >> 16 & 255);
+  const int32_t high = b > g ? b : g, low = b > g ? g : b;
+  return {high > r ? high : r, low < r ? low : r};
+}
+
+}  // namespace
+
+void GreatestRow(const uint8_t* row, uint8_t* out, int32_t width) {
+#pragma GCC ivdep
+  for (int32_t x = 0; x < width; ++x) {
+    const uint32_t pixel = LoadPixel(row + 4 * x);
+    StorePixel(out + 4 * x, (pixel & kAlphaByte) | static_cast<uint32_t>(ExtremesOf(pixel).greatest) * 0x010101u);
+  }
+}
+
+// A grey has no saturation and stays, black among them.
+void RehueRow(const uint8_t* row, uint8_t* out, int32_t width, const HueLevels& levels) {
+  const double slope = levels.slope;
+  const int32_t valueShift = 8 * levels.value, betweenShift = 8 * levels.between, lowestShift = 8 * levels.lowest;
+#pragma GCC ivdep
+  for (int32_t x = 0; x < width; ++x) {
+    const uint32_t pixel = LoadPixel(row + 4 * x);
+    const auto [value, least] = ExtremesOf(pixel);
+    const double saturation = static_cast<double>(value - least) / (value > 1 ? value : 1);
+    const auto between = static_cast<int32_t>((1 - slope * saturation) * value);
+    const auto lowest = static_cast<int32_t>((1 - saturation) * value);
+    StorePixel(out + 4 * x, (pixel & kAlphaByte) | static_cast<uint32_t>(value) << valueShift |
+                                static_cast<uint32_t>(between) << betweenShift |
+                                static_cast<uint32_t>(lowest) << lowestShift);
+  }
+}
+
+void LightRow(uint8_t* row, const float* distances, int32_t width, const CenterLight& light) {
+  const double bright = light.bright, fall = light.fall;
+#pragma GCC ivdep
+  for (int32_t x = 0; x < width; ++x) {
+    const double d = distances[x];
+    const bool outside = d >= bright;
+    const double share = (outside ? d - bright : d) / (outside ? fall : bright);
+    const double factor = outside ? 1 - share * 0.6 : 1;
+    const double gain = outside ? 0 : (1 - share) * 0.1 * 255;
+    const uint32_t pixel = LoadPixel(row + 4 * x);
+    uint32_t lit = pixel & kAlphaByte;
+    for (int shift = 0; shift < 24; shift += 8) {
+      const auto v = static_cast<int32_t>(static_cast<int32_t>(pixel >> shift & 255) * factor + gain + 0.5);
+      lit |= static_cast<uint32_t>(v < 255 ? v : 255) << shift;
+    }
+    StorePixel(row + 4 * x, lit);
   }
 }
 
@@ -58,6 +168,13 @@ HWY_EXPORT(MakeGrayRow);
 HWY_EXPORT(MaxOf3x3);
 HWY_EXPORT(HardBlendRow);
 HWY_EXPORT(LiftRow);
+HWY_EXPORT(Sharpen3x3);
+HWY_EXPORT(EdgeFadeRow);
+HWY_EXPORT(FadeRow);
+HWY_EXPORT(SoftTintRow);
+HWY_EXPORT(GreatestRow);
+HWY_EXPORT(RehueRow);
+HWY_EXPORT(LightRow);
 }  // namespace pixel_rows
 
 void FillRim(const EngineImage& image, uint8_t value) {
@@ -70,19 +187,26 @@ void FillRim(const EngineImage& image, uint8_t value) {
 }
 
 void Sharpen3x3(const RowTriple& rows, int32_t count, uint8_t* out) {
-  const uint8_t *up = rows.up, *mid = rows.mid, *down = rows.down;
-  for (int32_t i = 4; i < count - 4; ++i) {
-    const int32_t around =
-        up[i - 4] + up[i] + up[i + 4] + mid[i - 4] + mid[i + 4] + down[i - 4] + down[i] + down[i + 4];
-    out[i] = static_cast<uint8_t>(std::clamp(9 * mid[i] - around, 0, 255));
-  }
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(Sharpen3x3)(rows, count, out);
+}
+
+void EdgeFadeRow(const RowTriple& rows, int32_t count, uint8_t* out) {
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(EdgeFadeRow)(rows, count, out);
+}
+
+void FadeRow(const uint8_t* in, const uint8_t* fades, int32_t width, uint8_t* out) {
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(FadeRow)(in, fades, width, out);
 }
 
 void MakeGrayPlane(const EngineImage& image, uint8_t* plane) {
   using namespace pixel_rows;
-  const auto makeRow = HWY_DYNAMIC_DISPATCH(MakeGrayRow);
   const int32_t width = image.width;
-  ForEachRow(image, [=](int32_t y, const uint8_t* row) { makeRow(row, width, plane + ptrdiff_t{y} * width); });
+  ForEachRow(image, [=](int32_t y, const uint8_t* row) {
+    HWY_DYNAMIC_DISPATCH(MakeGrayRow)(row, width, plane + ptrdiff_t{y} * width);
+  });
 }
 
 void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* columns, uint8_t* out) {
@@ -93,6 +217,26 @@ void MaxOf3x3(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* colu
 void HardBlendRow(const uint8_t* row, const uint8_t* over, int32_t count, uint8_t* out) {
   using namespace pixel_rows;
   HWY_DYNAMIC_DISPATCH(HardBlendRow)(row, over, count, out);
+}
+
+void SoftTintRow(uint8_t* row, const uint8_t* tints, int32_t width) {
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(SoftTintRow)(row, tints, width);
+}
+
+void GreatestRow(const uint8_t* row, uint8_t* out, int32_t width) {
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(GreatestRow)(row, out, width);
+}
+
+void RehueRow(const uint8_t* row, uint8_t* out, int32_t width, const HueLevels& levels) {
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(RehueRow)(row, out, width, levels);
+}
+
+void LightRow(uint8_t* row, const float* distances, int32_t width, const CenterLight& light) {
+  using namespace pixel_rows;
+  HWY_DYNAMIC_DISPATCH(LightRow)(row, distances, width, light);
 }
 
 void LiftRow(const uint8_t* row, const uint8_t* largest, const uint8_t* steps, int32_t count, uint8_t* out) {

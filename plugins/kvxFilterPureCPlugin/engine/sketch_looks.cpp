@@ -137,43 +137,22 @@ int32_t LineDrawing(EngineRecord& record, const EngineImage& image) {
 }
 
 // Twice the brightness, faded out at edges.
-int32_t Wash(EngineRecord& record, const EngineImage& image) {
-  // 255 less the strength of an edge with these two gradients.
-  static const LevelPairTable kFade = MakeLevelPairTable([](int32_t gx, int32_t gy) {
-    const auto strength = static_cast<int32_t>(std::sqrt(static_cast<double>(gx * gx + gy * gy)));
-    return static_cast<uint8_t>(255 - std::min(strength, 255));
-  });
+int32_t Wash(EngineRecord& record, const EngineImage& from, const EngineImage& image) {
   const int32_t width = image.width;
   uint8_t* scratch = EnsureWorkCopy(record, width * image.height);
   if (!scratch) return kEngineNoScratch;
   const LumaPlane luma{scratch, width};
-  MakeGrayPlane(image, luma.data);
+  MakeGrayPlane(from, luma.data);
 
   ForRowBands(width, 0, image.height, [=](int32_t begin, int32_t end) {
-    std::vector<uint8_t> rows(3 * static_cast<size_t>(width));
-    uint8_t* horizontal = rows.data();
-    uint8_t* vertical = horizontal + width;
-    uint8_t* fade = vertical + width;
+    std::vector<uint8_t> fades(static_cast<size_t>(width));
     for (int32_t y = begin; y < end; ++y) {
-      std::memset(fade, 255, static_cast<size_t>(width));
       if (y > 0 && y < image.height - 1) {
-        const uint8_t* above = luma.Row(y - 1);
-        const uint8_t* row = luma.Row(y);
-        const uint8_t* below = luma.Row(y + 1);
-        for (int32_t x = 1; x < width - 1; ++x) {
-          const int32_t falling = below[x + 1] - above[x - 1];
-          const int32_t rising = below[x - 1] - above[x + 1];
-          const int32_t gy = 2 * (below[x] - above[x]) + falling + rising;
-          const int32_t gx = 2 * (row[x + 1] - row[x - 1]) + falling - rising;
-          vertical[x] = static_cast<uint8_t>(std::min(std::abs(gy), 255));
-          horizontal[x] = static_cast<uint8_t>(std::min(std::abs(gx), 255));
-        }
-        for (int32_t x = 1; x < width - 1; ++x) fade[x] = kFade[256 * horizontal[x] + vertical[x]];
+        EdgeFadeRow({luma.Row(y - 1), luma.Row(y), luma.Row(y + 1)}, width, fades.data());
+      } else {
+        std::fill(fades.begin(), fades.end(), uint8_t{255});
       }
-      uint8_t* p = image.Row(y);
-      for (int32_t x = 0; x < width; ++x, p += 4) {
-        for (int c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>(std::min((2 * p[c] * fade[x] + 255) >> 8, 255));
-      }
+      FadeRow(from.Row(y), fades.data(), width, image.Row(y));
     }
   });
   return kEngineDone;
@@ -193,17 +172,14 @@ int32_t Comic(EngineRecord& record, const EngineImage& image) {
   const int32_t rowBytes = image.width * 4;
   const uint8_t* work = record.workCopy;
   ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
-    std::vector<uint8_t> flat(static_cast<size_t>(rowBytes));
-    uint8_t* sharp = flat.data();
+    std::vector<uint8_t> sharp(static_cast<size_t>(rowBytes));
     for (int32_t y = begin; y < end; ++y) {
       const uint8_t* row = work + static_cast<ptrdiff_t>(y) * image.stepBytes;
       const bool inner = y > 0 && y < image.height - 1;
-      std::memcpy(sharp, row, static_cast<size_t>(rowBytes));
-      if (inner) Sharpen3x3({row - image.stepBytes, row, row + image.stepBytes}, rowBytes, sharp);
-      uint8_t* p = image.Row(y);
-      for (int32_t i = 0; i < rowBytes; i += 4) {
-        for (int c = 0; c < 3; ++c) p[i + c] = kInk[sharp[i + c]];
-      }
+      std::memcpy(sharp.data(), row, static_cast<size_t>(rowBytes));
+      if (inner) Sharpen3x3({row - image.stepBytes, row, row + image.stepBytes}, rowBytes, sharp.data());
+      MapRow(sharp.data(), sharp.data(), image.width, {kInk.data(), kInk.data(), kInk.data()});
+      StoreColors(image.Row(y), sharp.data(), image.width);
     }
   });
   return kEngineDone;

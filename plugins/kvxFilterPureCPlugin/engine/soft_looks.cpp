@@ -9,11 +9,25 @@
 
 namespace {
 
+// Rows that are averaged side by side: each level waits for the one before it.
+constexpr int32_t kSideBySide = 8;
+
 // The last level of a row has no place in this pass. In place: the left neighbour is averaged already.
-void BlurRow(uint8_t* row, int32_t width) {
+template <int32_t rows>
+void BlurRows(uint8_t* plane, int32_t width) {
   if (width < 2) return;
-  int32_t left = row[0] = static_cast<uint8_t>((row[0] + row[1]) / 2);
-  for (int32_t x = 1; x < width - 1; ++x) row[x] = static_cast<uint8_t>(left = (left + row[x] + row[x + 1]) / 3);
+  uint8_t* row[rows];
+  uint32_t left[rows];
+  for (int32_t i = 0; i < rows; ++i) {
+    row[i] = plane + static_cast<ptrdiff_t>(i) * width;
+    left[i] = row[i][0] = static_cast<uint8_t>((row[i][0] + row[i][1]) / 2);
+  }
+  for (int32_t x = 1; x < width - 1; ++x) {
+    for (int32_t i = 0; i < rows; ++i) {
+      left[i] = (left[i] + row[i][x] + row[i][x + 1]) / 3;
+      row[i][x] = static_cast<uint8_t>(left[i]);
+    }
+  }
 }
 
 // In place as well: the row above is averaged already.
@@ -47,8 +61,12 @@ int32_t GrayNoise(EngineRecord& record, const EngineImage& image) {
     const uint8_t* p = image.Row(y);
     uint8_t* row = plane + static_cast<ptrdiff_t>(y) * width;
     for (int32_t x = 0; x < width; ++x) row[x] = static_cast<uint8_t>((185 * p[4 * x] + 71 * (rand.Next() & 255)) >> 8);
-    BlurRow(row, width);
   }
+  int32_t done = 0;
+  for (; done + kSideBySide <= image.height; done += kSideBySide) {
+    BlurRows<kSideBySide>(plane + static_cast<ptrdiff_t>(done) * width, width);
+  }
+  for (; done < image.height; ++done) BlurRows<1>(plane + static_cast<ptrdiff_t>(done) * width, width);
   BlurColumns(plane, width, image.height);
   ForEachRow(image,
              [=](int32_t y, uint8_t* row) { StoreGrays(row, plane + static_cast<ptrdiff_t>(y) * width, width); });

@@ -2,22 +2,31 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "engine/pixel_rows.h"
 #include "engine/warp_routines.h"
 
+// All of this file is compiled once for each vector target; its loops are plain, so that all give the same bytes.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "warp_edges.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace warp_edges {
+namespace HWY_NAMESPACE {
+
 namespace {
 
 // Rows 1 to height - 2: `row(rows of the copy, out)` fills the flat bytes of a row, of which those of the inner pixels
-// are stored. Behind them `out` has two more rows of scratch. Frames without inner pixels stay.
+// are stored. Behind them `out` has three more rows of scratch. Frames without inner pixels stay.
 template <typename PerRow>
 void ForInnerRows(const EngineImage& frame, const EngineImage& copy, PerRow row) {
   if (frame.width < 3) return;
   ForRowBands(frame.width, 1, frame.height - 1, [=](int32_t begin, int32_t end) {
-    std::vector<uint8_t> out(static_cast<size_t>(frame.width) * 12);
+    std::vector<uint8_t> out(static_cast<size_t>(frame.width) * 16);
     for (int32_t y = begin; y < end; ++y) {
       row(RowTriple{copy.Row(y - 1), copy.Row(y), copy.Row(y + 1)}, out.data());
       StoreColors(frame.Row(y) + 4, out.data() + 4, frame.width - 2);
@@ -50,29 +59,37 @@ int32_t Sharpen(EngineRecord&, const EngineImage& frame, const EngineImage& copy
   return kEngineDone;
 }
 
-// Both Sobel directions, each and together limited to 255.
-inline int32_t Gradient(const RowTriple& r, int32_t i, int32_t apart) {
-  const int32_t tl = r.up[i - apart], tc = r.up[i], tr = r.up[i + apart];
-  const int32_t ml = r.mid[i - apart], mr = r.mid[i + apart];
-  const int32_t bl = r.down[i - apart], bc = r.down[i], br = r.down[i + apart];
-  const int32_t gx = std::min(std::abs(2 * (mr - ml) - tl - bl + tr + br), 255);
-  const int32_t gy = std::min(std::abs(2 * (bc - tc) - tl - tr + bl + br), 255);
-  return std::min(gx + gy, 255);
+// Both Sobel directions, each and together limited to 255, for bytes `apart` to count - apart - 1.
+void GradientRow(const RowTriple& rows, int32_t apart, int32_t count, uint8_t* out) {
+  const uint8_t *up = rows.up, *mid = rows.mid, *down = rows.down;
+#pragma GCC ivdep
+  for (int32_t i = apart; i < count - apart; ++i) {
+    const int16_t tl = up[i - apart], tc = up[i], tr = up[i + apart];
+    const int16_t ml = mid[i - apart], mr = mid[i + apart];
+    const int16_t bl = down[i - apart], bc = down[i], br = down[i + apart];
+    const auto dx = static_cast<int16_t>(2 * (mr - ml) - tl - bl + tr + br);
+    const auto dy = static_cast<int16_t>(2 * (bc - tc) - tl - tr + bl + br);
+    const auto gx = static_cast<int16_t>(dx < 0 ? -dx : dx), gy = static_cast<int16_t>(dy < 0 ? -dy : dy);
+    const auto both = static_cast<int16_t>((gx < 255 ? gx : 255) + (gy < 255 ? gy : 255));
+    out[i] = static_cast<uint8_t>(both < 255 ? both : 255);
+  }
 }
 
 int32_t Sketch(EngineRecord& record, const EngineImage& frame, const EngineImage&) {
   const int32_t level = Percent(record.level);
-  const int32_t last = frame.width - 1;
+  const int32_t width = frame.width;
   return ForInnerGrayRows(record, frame, [=](const RowTriple& r, uint8_t* out) {
-    for (int32_t i = 1; i < last; ++i) out[i] = static_cast<uint8_t>(255 - ((Gradient(r, i, 1) + level) >> 1));
+    GradientRow(r, 1, width, out);
+    for (int32_t i = 1; i < width - 1; ++i) out[i] = static_cast<uint8_t>(255 - ((out[i] + level) >> 1));
   });
 }
 
 int32_t Neon(EngineRecord& record, const EngineImage& frame, const EngineImage& copy) {
-  const int32_t level = Percent(record.level);
-  const int32_t last = 4 * (frame.width - 1);
+  const auto level = static_cast<uint8_t>(Percent(record.level));
+  const int32_t bytes = 4 * frame.width;
   ForInnerRows(frame, copy, [=](const RowTriple& r, uint8_t* out) {
-    for (int32_t i = 4; i < last; ++i) out[i] = static_cast<uint8_t>(std::max(Gradient(r, i, 4), level));
+    GradientRow(r, 4, bytes, out);
+    for (int32_t i = 4; i < bytes - 4; ++i) out[i] = std::max(out[i], level);
   });
   FillRim(frame, 0);
   return kEngineDone;
@@ -93,6 +110,7 @@ int32_t SketchB(EngineRecord& record, const EngineImage& frame, const EngineImag
     uint8_t* columns = out + width;
     uint8_t* largest = columns + width;
     MaxOf3x3(r, 1, width, columns, largest);
+#pragma GCC ivdep
     for (int32_t i = 1; i < width - 1; ++i) {
       const uint32_t ratio = largest[i] ? (reciprocal[largest[i]] * r.mid[i]) >> 16 : 255;
       out[i] = static_cast<uint8_t>(std::min(ratio, 255u));
@@ -102,17 +120,38 @@ int32_t SketchB(EngineRecord& record, const EngineImage& frame, const EngineImag
   return status;
 }
 
+// (reciprocal * v) >> 16, at most 255, of reciprocals whose low, middle and high bytes stand apart.
+void ScaleRow(const uint8_t* v, const uint8_t* low, const uint8_t* middle, const uint8_t* high, int32_t count,
+              uint8_t* out) {
+#pragma GCC ivdep
+  for (int32_t i = 0; i < count; ++i) {
+    const auto lower = static_cast<uint16_t>(low[i] | middle[i] << 8);
+    const auto below = static_cast<uint16_t>(uint32_t{lower} * v[i] >> 16);
+    const auto scaled = static_cast<uint16_t>(high[i] * v[i] + below);
+    out[i] = static_cast<uint8_t>(std::min<uint16_t>(scaled, 255));
+  }
+}
+
 // The same for each colour channel by itself, darker.
 int32_t NeonB(EngineRecord&, const EngineImage& frame, const EngineImage& copy) {
   const std::array<uint32_t, 256> reciprocal = Reciprocals(8);
-  const int32_t bytes = 4 * frame.width;
+  Curve low, middle, high;
+  for (size_t i = 0; i < reciprocal.size(); ++i) {
+    low[i] = static_cast<uint8_t>(reciprocal[i]);
+    middle[i] = static_cast<uint8_t>(reciprocal[i] >> 8);
+    high[i] = static_cast<uint8_t>(reciprocal[i] >> 16);
+  }
+  const int32_t width = frame.width;
+  const int32_t bytes = 4 * width;
   ForInnerRows(frame, copy, [=](const RowTriple& r, uint8_t* out) {
     uint8_t* columns = out + bytes;
     uint8_t* largest = columns + bytes;
+    uint8_t* middles = largest + bytes;
     MaxOf3x3(r, 4, bytes, columns, largest);
-    for (int32_t i = 4; i < bytes - 4; ++i) {
-      out[i] = static_cast<uint8_t>(std::min((reciprocal[largest[i]] * r.mid[i]) >> 16, 255u));
-    }
+    MapRow(largest, out, width, {low.data(), low.data(), low.data()});
+    MapRow(largest, middles, width, {middle.data(), middle.data(), middle.data()});
+    MapRow(largest, columns, width, {high.data(), high.data(), high.data()});
+    ScaleRow(r.mid, out, middles, columns, bytes, out);
   });
   FillRim(frame, 0);
   return kEngineDone;
@@ -151,9 +190,26 @@ int32_t NeonC(EngineRecord&, const EngineImage& frame, const EngineImage& copy) 
 
 }  // namespace
 
-std::span<const WarpRoutine> EdgeRoutines() {
+std::span<const WarpRoutine> Routines() {
   static constexpr WarpRoutine kRoutines[] = {{code::kWarpSharpen, Sharpen}, {code::kSketch, Sketch},
                                               {code::kNeon, Neon},           {code::kSketchB, SketchB},
                                               {code::kNeonB, NeonB},         {code::kNeonC, NeonC}};
   return kRoutines;
 }
+
+}  // namespace HWY_NAMESPACE
+}  // namespace warp_edges
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace warp_edges {
+HWY_EXPORT(Routines);
+}  // namespace warp_edges
+
+std::span<const WarpRoutine> EdgeRoutines() {
+  using namespace warp_edges;
+  return HWY_DYNAMIC_DISPATCH(Routines)();
+}
+
+#endif  // HWY_ONCE

@@ -180,8 +180,9 @@ HWY_INLINE Words MeanOf(Words sums, float part) {
 }
 
 // A block of columns through all zooms, its sums in registers: blue and red in one word, green in another.
-void DrawBlocks(const std::vector<Zoom>& zooms, const std::vector<BlockReads>& reads, int32_t taps, int32_t cy,
-                const EngineImage& frame, const EngineImage& copy, int32_t first, int32_t last) {
+HWY_NOINLINE void DrawBlocks(const std::vector<Zoom>& zooms, const std::vector<BlockReads>& reads, int32_t taps,
+                             int32_t cy, const EngineImage& frame, const EngineImage& copy, int32_t first,
+                             int32_t last) {
   const hn::ScalableTag<uint32_t> d;
   const hn::Repartition<uint16_t, decltype(d)> d16;
   const hn::Rebind<uint8_t, decltype(d)> d8;

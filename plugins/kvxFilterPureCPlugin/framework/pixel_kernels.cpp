@@ -33,6 +33,9 @@ void BlendRow(uint8_t* out, const uint8_t* top, const uint8_t* bottom, int32_t c
 void MapRow(const uint8_t* src, uint8_t* dst, int32_t count, const ByteTables& tables) {
   MapRowScalar(src, dst, count, tables);
 }
+void MapGrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights, const ByteTables& tables) {
+  MapGrayRowScalar(src, dst, count, weights, tables);
+}
 
 #else
 
@@ -220,11 +223,44 @@ void MapRow(const uint8_t* src, uint8_t* dst, int32_t count, const ByteTables& t
   MapRowScalar(src + 4 * x, dst + 4 * x, count - x, tables);
 }
 
+void MapGrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights, const ByteTables& tables) {
+  const hn::ScalableTag<uint8_t> d;
+  const hn::RepartitionToWide<decltype(d)> d16;
+  const auto lanes = static_cast<int32_t>(hn::Lanes(d));
+  int32_t x = 0;
+  if (count >= lanes) {
+    const auto word = [&](uint32_t value) HWY_ATTR { return hn::Set(d16, static_cast<uint16_t>(value)); };
+    const auto w0 = word(weights.w0), w1 = word(weights.w1), w2 = word(weights.w2), add = word(weights.add);
+    const auto low = word(255);
+    const auto grayOf = [&](auto b0, auto b1, auto b2) HWY_ATTR {
+      const auto sum = hn::Add(hn::Add(hn::Mul(b0, w0), hn::Mul(b1, w1)), hn::Add(hn::Mul(b2, w2), add));
+      return hn::And(hn::ShiftRightSame(sum, weights.shift), low);
+    };
+    const auto even = [&](Bytes bytes) HWY_ATTR { return hn::And(hn::BitCast(d16, bytes), low); };
+    const auto odd = [&](Bytes bytes) HWY_ATTR { return hn::ShiftRight<8>(hn::BitCast(d16, bytes)); };
+    const VectorTable table0(tables.table0);
+    const VectorTable table1(tables.table1);
+    const VectorTable table2(tables.table2);
+    for (; x + lanes <= count; x += lanes) {
+      Bytes bytes0, bytes1, bytes2, bytes3;
+      hn::LoadInterleaved4(d, src + 4 * x, bytes0, bytes1, bytes2, bytes3);
+      const auto evens = grayOf(even(bytes0), even(bytes1), even(bytes2));
+      const auto odds = grayOf(odd(bytes0), odd(bytes1), odd(bytes2));
+      const Bytes gray = hn::BitCast(d, hn::Or(evens, hn::ShiftLeft<8>(odds)));
+      hn::StoreInterleaved4(table0[gray], table1[gray], table2[gray], bytes3, d, dst + 4 * x);
+    }
+  }
+  MapGrayRowScalar(src + 4 * x, dst + 4 * x, count - x, weights, tables);
+}
+
 #else
 
 // Shorter vectors gain nothing over plain look-ups.
 void MapRow(const uint8_t* src, uint8_t* dst, int32_t count, const ByteTables& tables) {
   MapRowScalar(src, dst, count, tables);
+}
+void MapGrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights, const ByteTables& tables) {
+  MapGrayRowScalar(src, dst, count, weights, tables);
 }
 
 #endif
@@ -242,6 +278,7 @@ HWY_EXPORT(ColorizeRow);
 HWY_EXPORT(SaturateRow);
 HWY_EXPORT(BlendRow);
 HWY_EXPORT(MapRow);
+HWY_EXPORT(MapGrayRow);
 }  // namespace kvx
 
 void GrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights) {
@@ -323,6 +360,27 @@ void MapRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const ByteTab
     dst[0] = byte0;
     dst[1] = byte1;
     dst[2] = byte2;
+  }
+}
+
+void MapGrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights, const ByteTables& tables) {
+  using namespace kvx;
+  // The vector form has sums of 16 bits.
+  if (weights.multiplier != 1 || 255 * (weights.w0 + weights.w1 + weights.w2) + weights.add >= 65536) {
+    GrayRow(src, dst, count, weights);
+    return MapRow(dst, dst, count, tables);
+  }
+  HWY_DYNAMIC_DISPATCH(MapGrayRow)(src, dst, count, weights, tables);
+}
+
+void MapGrayRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights,
+                      const ByteTables& tables) {
+  for (int32_t x = 0; x < count; ++x, src += 4, dst += 4) {
+    const uint8_t gray = static_cast<uint8_t>(weights(src[0], src[1], src[2]));
+    dst[3] = src[3];
+    dst[0] = tables.table0[gray];
+    dst[1] = tables.table1[gray];
+    dst[2] = tables.table2[gray];
   }
 }
 

@@ -55,4 +55,9 @@ struct ByteTables {
 void MapRow(const uint8_t* src, uint8_t* dst, int32_t count, const ByteTables& tables);
 void MapRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const ByteTables& tables);
 
+// Bytes 0 to 2 become what the tables have for the gray value, byte 3 is copied. `dst` may be `src`.
+void MapGrayRow(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights, const ByteTables& tables);
+void MapGrayRowScalar(const uint8_t* src, uint8_t* dst, int32_t count, const GrayWeights& weights,
+                      const ByteTables& tables);
+
 #endif  // KVX_FRAMEWORK_PIXEL_KERNELS_H_
