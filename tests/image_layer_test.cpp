@@ -9,8 +9,10 @@
 
 #include "codecs/picture.h"
 #include "platform/image.h"
+#include "platform/stretch.h"
 #include "platform/text.h"
 #include "tests/support/fake_host.h"
+#include "tests/support/targets.h"
 
 using namespace kvx;
 
@@ -190,6 +192,44 @@ TEST_F(ImageLayer, StretchesOntoTheAllocatedSize) {
   const ImageHandle empty(QK_ImageCreate());
   EXPECT_FALSE(QK_ImageStretch(empty.get(), onto.get(), 2));
   EXPECT_EQ(BytesOf(onto.get()), BytesOf(image_.get())) << "left as it was";
+}
+
+// Noise at another size. The sums are those of OpenCV's resize on x86-64, which once did this.
+TEST(Stretch, GivesTheSameBytesOnEveryMachine) {
+  enum Way { kLinear, kAreas };
+  constexpr struct {
+    Way way;
+    int32_t channels, width, height, ontoWidth, ontoHeight;
+    uint64_t sum;
+  } kCases[] = {
+      {kLinear, 4, 37, 23, 61, 40, 0x3FCB7EDE9333D005},     // grows
+      {kLinear, 4, 61, 40, 37, 90, 0xDB12503F7F208600},     // grows and shrinks
+      {kLinear, 4, 301, 170, 100, 56, 0xB4B28E4A84B4BEC3},  // shrinks
+      {kLinear, 4, 1, 1, 19, 5, 0xEDD700B83A91EAE8},        // nothing between which to lie
+      {kLinear, 4, 80, 44, 40, 22, 0xA475C36B81A00130},     // half
+      {kLinear, 1, 64, 48, 119, 83, 0xD6ADE7C2457EFDAA},    // one channel
+      {kLinear, 1, 64, 48, 32, 24, 0x263304029C2F479E},     // and half of it
+      {kAreas, 4, 97, 61, 53, 40, 0xC05C88F386A8B9C0},      // cells
+      {kAreas, 4, 97, 61, 97, 40, 0x3FDAA296D9348331},      // of full width
+      {kAreas, 4, 80, 44, 40, 22, 0xA475C36B81A00130},      // half
+      {kAreas, 4, 90, 44, 30, 11, 0xFF30E21598C17141},      // boxes
+      {kAreas, 4, 98, 49, 2, 1, 0x70512DF80D1FE2A0},        // a whole ratio whose quotients are not whole
+  };
+  for (const auto& c : kCases) {
+    const auto bytes = [&](int32_t width, int32_t height) { return static_cast<size_t>(width * height * c.channels); };
+    std::vector<uint8_t> from(bytes(c.width, c.height)), onto(bytes(c.ontoWidth, c.ontoHeight));
+    uint32_t noise = 7;
+    for (uint8_t& byte : from) byte = static_cast<uint8_t>((noise = noise * 1664525u + 1013904223u) >> 24);
+    const StretchSource source{from.data(), c.width, c.height, ptrdiff_t{c.width} * c.channels};
+    const StretchTarget target{onto.data(), c.ontoWidth, c.ontoHeight, ptrdiff_t{c.ontoWidth} * c.channels};
+    OnEveryTarget([&] {
+      std::fill(onto.begin(), onto.end(), 0xCD);
+      c.way == kLinear ? StretchLinear(source, target, c.channels) : StretchAreas(source, target);
+      uint64_t sum = 14695981039346656037u;
+      for (const uint8_t byte : onto) sum = (sum ^ byte) * 1099511628211u;
+      EXPECT_EQ(sum, c.sum) << c.width << " by " << c.height << " onto " << c.ontoWidth << " by " << c.ontoHeight;
+    });
+  }
 }
 
 TEST(ImageHandles, BearOddCalls) {

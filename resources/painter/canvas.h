@@ -8,6 +8,8 @@
 #include <opencv2/imgproc.hpp>
 #include <string>
 
+#include "painter/functions.h"
+
 using Plane = cv::Mat1f;
 using Mask = cv::Mat1b;
 using Color = cv::Vec3f;  // blue, green, red, 0 to 1
@@ -31,7 +33,7 @@ constexpr float Smooth(float a, float b, float x) {
   return t * t * (3 - 2 * t);
 }
 inline float Bell(float x, float width) {
-  return std::exp(-x * x / (width * width));
+  return Exp(-x * x / (width * width));
 }
 inline Color Rgb(uint32_t hex) {
   return {static_cast<float>(hex & 255) / 255, static_cast<float>(hex >> 8 & 255) / 255,
@@ -75,7 +77,7 @@ struct Spot {
   float u, v, aspect;
   float Round() const { return std::sqrt(u * u + v * v); }
   float Oval() const { return std::sqrt(u * u / (aspect * aspect) + v * v); }
-  float Angle() const { return std::atan2(v, u); }
+  float Angle() const { return Atan2(v, u); }
   // Distance from the nearest side of the picture.
   float Edge() const { return std::min(aspect - std::abs(u), 1 - std::abs(v)); }
   // Signed distance from a rectangle of rounded corners that lies `inset` inside the picture; below 0 inside it.

@@ -97,7 +97,7 @@ Canvas NightGlass(cv::Size size) {
   const float offset = 0.36f * aspect, radius = std::min(0.90f, aspect - offset - 0.06f);
   const Plane snow = Grain(size, 21), cloud = Clouds(size, 200, 4, 22);
   Canvas canvas = Shade(size, [&](const Spot& s) {
-    const float d = std::min(std::hypot(s.u - offset, s.v), std::hypot(s.u + offset, s.v)) - radius;
+    const float d = std::min(Hypot(s.u - offset, s.v), Hypot(s.u + offset, s.v)) - radius;
     const float mask = Smooth(-0.012f, 0.010f, d);
     const float scan = s.y % 3 == 0 ? 0.20f : 0.0f;
     const float noise = 0.16f * snow(s.y, s.x) * (0.6f + 0.8f * cloud(s.y, s.x));

@@ -28,10 +28,10 @@ Canvas CornerShine(cv::Size size) {
   const Plane haze = Clouds(size, 340, 4, 13);
   return Shade(size, [&](const Spot& s) {
     const float dx = s.u + s.aspect + 0.12f, dy = s.v + 1.18f;
-    const float r = std::hypot(dx, dy), angle = std::atan2(dy, dx);
-    const float ray = std::pow(broad.At(angle), 1.5f) * 0.75f + fine.At(angle) * 0.25f;
-    const float glow = std::exp(-r * 1.7f);
-    const float light = glow * 1.2f + ray * std::exp(-r * 0.85f) * 0.75f * (0.6f + 0.8f * haze(s.y, s.x));
+    const float r = Hypot(dx, dy), angle = Atan2(dy, dx);
+    const float ray = Pow(broad.At(angle), 1.5f) * 0.75f + fine.At(angle) * 0.25f;
+    const float glow = Exp(-r * 1.7f);
+    const float light = glow * 1.2f + ray * Exp(-r * 0.85f) * 0.75f * (0.6f + 0.8f * haze(s.y, s.x));
     return Opaque(Mix(Rgb(0xFF9A3C), Rgb(0xFFF1CF), Clamp01(light)) * (light * 0.95f));
   });
 }
@@ -54,17 +54,17 @@ Canvas LensFlare(cv::Size size) {
   const float aspect = static_cast<float>(size.width) / static_cast<float>(size.height);
   const float lightU = -0.52f * aspect, lightV = -0.50f;
   return Shade(size, [&](const Spot& s) {
-    const float dx = s.u - lightU, dy = s.v - lightV, r = std::hypot(dx, dy), angle = std::atan2(dy, dx);
-    Color light = Rgb(0xFFF6E4) * (1.15f * Bell(r, 0.075f) + 0.55f * std::exp(-r * 5.0f));
-    light += Rgb(0xFFC890) * (0.30f * std::exp(-r * 1.9f));
-    const float star = std::pow(std::abs(std::cos(angle * 3 + 0.4f)), 60.0f);
-    light += Rgb(0xFFE9C8) * (0.55f * star * std::exp(-r * 3.2f));
-    light += Rgb(0xFFDDB0) * (0.22f * spikes.At(angle) * std::exp(-r * 3.0f));
-    light += Rgb(0x9CC4FF) * (0.30f * Bell(dy, 0.010f) * std::exp(-std::abs(dx) * 1.1f));
+    const float dx = s.u - lightU, dy = s.v - lightV, r = Hypot(dx, dy), angle = Atan2(dy, dx);
+    Color light = Rgb(0xFFF6E4) * (1.15f * Bell(r, 0.075f) + 0.55f * Exp(-r * 5.0f));
+    light += Rgb(0xFFC890) * (0.30f * Exp(-r * 1.9f));
+    const float star = Pow(std::abs(Cos(angle * 3 + 0.4f)), 60.0f);
+    light += Rgb(0xFFE9C8) * (0.55f * star * Exp(-r * 3.2f));
+    light += Rgb(0xFFDDB0) * (0.22f * spikes.At(angle) * Exp(-r * 3.0f));
+    light += Rgb(0x9CC4FF) * (0.30f * Bell(dy, 0.010f) * Exp(-std::abs(dx) * 1.1f));
     for (int c = 0; c < 3; ++c) light[c] += 0.13f * Bell(r - 0.50f - 0.022f * static_cast<float>(2 - c), 0.020f);
     for (const Ghost& ghost : ghosts) {
       const float gx = s.u - lightU * (1 - ghost.place), gy = s.v - lightV * (1 - ghost.place);
-      const float d = std::hypot(gx, gy) / ghost.radius;
+      const float d = Hypot(gx, gy) / ghost.radius;
       if (d > 1.1f) continue;
       const float body =
           (ghost.ring ? Mix(0.35f, 1, Smooth(0.5f, 0.98f, d)) : 1 - 0.4f * d) * (1 - Smooth(0.94f, 1.05f, d));
@@ -79,11 +79,11 @@ void Bokeh(Canvas& canvas, int count, float minRadius, float maxRadius, float st
   Dice dice(seed);
   for (int i = 0; i < count; ++i) {
     const float x = dice.Next() * static_cast<float>(canvas.cols), y = dice.Next() * static_cast<float>(canvas.rows);
-    const float radius = Mix(minRadius, maxRadius, std::pow(dice.Next(), 1.6f));
+    const float radius = Mix(minRadius, maxRadius, Pow(dice.Next(), 1.6f));
     const Color& color = colors[static_cast<size_t>(dice.Below(static_cast<int>(colors.size())))];
     const float power = strength * dice.Between(0.35f, 1);
     StampAt(canvas, x, y, radius * 1.05f, [&](Pixel& p, float dx, float dy) {
-      const float d = std::hypot(dx, dy) * 1.05f;
+      const float d = Hypot(dx, dy) * 1.05f;
       Add(p, color, power * (0.62f + 0.38f * Smooth(0.55f, 0.97f, d)) * (1 - Smooth(0.96f, 1.03f, d)));
     });
   }
@@ -170,21 +170,20 @@ Canvas BlueBurst(cv::Size size) {
   const Rays rays(340, 82), broad(46, 83);
   Canvas canvas = Shade(size, [&](const Spot& s) {
     const float r = s.Round(), angle = s.Angle();
-    const float ray = 0.55f * std::pow(broad.At(angle + 0.12f * cloud(s.y, s.x)), 1.6f) + 0.45f * rays.At(angle);
-    const float light = 0.95f * std::exp(-r * 2.6f) + ray * Smooth(0.02f, 0.35f, r) * std::exp(-r * 0.75f) * 0.95f;
+    const float ray = 0.55f * Pow(broad.At(angle + 0.12f * cloud(s.y, s.x)), 1.6f) + 0.45f * rays.At(angle);
+    const float light = 0.95f * Exp(-r * 2.6f) + ray * Smooth(0.02f, 0.35f, r) * Exp(-r * 0.75f) * 0.95f;
     Color c = Mix(Rgb(0x10204E), Rgb(0x2E6CD8), Smooth(0.02f, 0.40f, light));
     c = Mix(c, Rgb(0x9FE4FF), Smooth(0.35f, 0.72f, light));
     return Opaque(Mix(c, Gray(1), Smooth(0.68f, 1.0f, light)));
   });
   Dice dice(84);
   for (int i = 0; i < 260; ++i) {  // sparks
-    const float angle = dice.Next() * 2 * kPi, r = 0.12f + 1.5f * std::pow(dice.Next(), 0.8f);
+    const float angle = dice.Next() * 2 * kPi, r = 0.12f + 1.5f * Pow(dice.Next(), 0.8f);
     const float half = static_cast<float>(size.height) / 2;
-    const float x = static_cast<float>(size.width) / 2 + r * half * std::cos(angle),
-                y = half + r * half * std::sin(angle);
+    const float x = static_cast<float>(size.width) / 2 + r * half * Cos(angle), y = half + r * half * Sin(angle);
     const float radius = dice.Between(2.0f, 5.5f), power = dice.Between(0.2f, 0.8f);
     StampAt(canvas, x, y, radius,
-            [&](Pixel& p, float dx, float dy) { Add(p, Rgb(0xBFEAFF), power * Bell(std::hypot(dx, dy), 0.5f)); });
+            [&](Pixel& p, float dx, float dy) { Add(p, Rgb(0xBFEAFF), power * Bell(Hypot(dx, dy), 0.5f)); });
   }
   return canvas;
 }

@@ -50,10 +50,10 @@ Canvas Concert(cv::Size size) {
     const float haze = 0.45f + 1.1f * smoke(s.y, s.x);
     for (const Beam& beam : beams) {
       const float dx = s.u - beam.place * s.aspect, dy = s.v + 1.04f;
-      const float r = std::hypot(dx, dy), off = std::atan2(dx, dy) - beam.tilt;
+      const float r = Hypot(dx, dy), off = Atan2(dx, dy) - beam.tilt;
       if (std::abs(off) > 0.7f && r > 0.15f) continue;
       const float power =
-          (Bell(off, beam.width) + 0.30f * Bell(off, beam.width * 2.4f)) * std::exp(-r * 0.62f) * haze * 0.95f +
+          (Bell(off, beam.width) + 0.30f * Bell(off, beam.width * 2.4f)) * Exp(-r * 0.62f) * haze * 0.95f +
           1.6f * Bell(r, 0.050f);
       light += beam.color * power + Gray(1) * (0.9f * Bell(r, 0.030f) + 0.18f * power * power);
       sum += power;
@@ -62,7 +62,7 @@ Canvas Concert(cv::Size size) {
     light += Rgb(0x6A28C8) * glow;
     sum += glow;
     const float shade = 0.22f;  // the hall is dark
-    const float alpha = 1 - std::exp(-0.85f * sum);
+    const float alpha = 1 - Exp(-0.85f * sum);
     const float all = alpha + shade * (1 - alpha);
     const float top = std::max({light[0], light[1], light[2], 1e-4f});
     return WithAlpha(light * (std::min(1.0f, 0.35f + top) / top * alpha / all), all);
@@ -82,12 +82,12 @@ Canvas WindowShades(cv::Size size) {
     const float place = (s.v + 1) / 2 * kSlats, t = place - std::floor(place);
     const float cord = std::min(std::abs(std::abs(s.u) - 0.62f * s.aspect), std::abs(s.u));
     const float slat = Smooth(0.0f, 0.025f, t) * (1 - Smooth(0.575f, 0.60f, t));
-    const float round = 0.62f + 0.38f * std::sin(Clamp01(t / 0.6f) * kPi) - 0.30f * Smooth(0.35f, 0.60f, t);
+    const float round = 0.62f + 0.38f * Sin(Clamp01(t / 0.6f) * kPi) - 0.30f * Smooth(0.35f, 0.60f, t);
     const Color timber = Mix(Rgb(0xC89A62), Rgb(0xA87844), wood(s.y, s.x)) * round;
     const float shadow = 0.45f * Smooth(0.85f, 0.55f, t) * (1 - slat);
     Pixel p = WithAlpha(timber, slat * 0.96f);
     if (slat < 1) Cover(p, Gray(0), shadow * (1 - slat));
-    Cover(p, Rgb(0xE9DCC4) * (0.65f + 0.35f * std::sin(place * 40)), 0.92f * (1 - Smooth(0.0035f, 0.0060f, cord)));
+    Cover(p, Rgb(0xE9DCC4) * (0.65f + 0.35f * Sin(place * 40)), 0.92f * (1 - Smooth(0.0035f, 0.0060f, cord)));
     return p;
   });
 }
@@ -101,8 +101,8 @@ Canvas Woven(cv::Size size) {
     const float fx = cx - std::floor(cx), fy = cy - std::floor(cy);
     const bool weft = (static_cast<int>(cx) + static_cast<int>(cy)) % 2 == 0;
     const float along = weft ? fx : fy, across = weft ? fy : fx;
-    const float fibres = 0.85f + 0.15f * std::sin((across + 0.15f * along) * 22);
-    const float crest = std::pow(std::sin(across * kPi), 0.55f) * (0.45f + 0.55f * std::sin(along * kPi)) * fibres;
+    const float fibres = 0.85f + 0.15f * Sin((across + 0.15f * along) * 22);
+    const float crest = Pow(Sin(across * kPi), 0.55f) * (0.45f + 0.55f * Sin(along * kPi)) * fibres;
     const float yarn = 0.70f + 0.6f * (weft ? slub : slubDown)(s.y, s.x) * 0.8f;
     const Color dyed = weft ? Rgb(0xF2DDB8) : Rgb(0xB88A5C);
     return Opaque(dyed * (crest * yarn * (0.80f + 0.4f * tone(s.y, s.x))));
@@ -114,7 +114,7 @@ Canvas GrungeRays(cv::Size size) {
   const Plane worn = Clouds(size, 150, 6, 41), speck = Clouds(size, 9, 3, 42), fold = Noise(size, 300, 300, 43);
   constexpr float kRays = 22;
   return Shade(size, [&](const Spot& s) {
-    const float du = s.u, dv = s.v - 0.35f, r = std::hypot(du, dv), angle = std::atan2(dv, du);
+    const float du = s.u, dv = s.v - 0.35f, r = Hypot(du, dv), angle = Atan2(dv, du);
     const float turn = angle / (2 * kPi) * kRays, t = turn - std::floor(turn);
     const float soft = 0.004f * kRays / (r + 0.05f);
     const float ray = Smooth(0, soft, t) * (1 - Smooth(0.5f, 0.5f + soft, t));

@@ -8,7 +8,7 @@ namespace {
 float Weave(float x, float y, float period) {
   const float cx = x / period, cy = y / period;
   const bool over = (static_cast<int>(std::floor(cx)) + static_cast<int>(std::floor(cy))) % 2 == 0;
-  const float fx = std::sin((cx - std::floor(cx)) * kPi), fy = std::sin((cy - std::floor(cy)) * kPi);
+  const float fx = Sin((cx - std::floor(cx)) * kPi), fy = Sin((cy - std::floor(cy)) * kPi);
   return over ? fy * (0.55f + 0.45f * fx) : fx * (0.55f + 0.45f * fy);
 }
 
@@ -61,9 +61,8 @@ Canvas OldPaper(cv::Size size) {
 Canvas OldTube(cv::Size size) {
   const Plane snow = Grain(size, 31), band = Noise(size, 4000, 90, 32), line = Noise(size, 4000, 2, 33);
   return Shade(size, [&](const Spot& s) {
-    const float x = s.u / s.aspect,
-                barrel = std::pow(std::abs(x / 0.955f), 4.5f) + std::pow(std::abs(s.v / 0.935f), 4.5f);
-    const float scan = 0.87f + 0.13f * std::cos(static_cast<float>(s.y) * 2 * kPi / 4);
+    const float x = s.u / s.aspect, barrel = Pow(std::abs(x / 0.955f), 4.5f) + Pow(std::abs(s.v / 0.935f), 4.5f);
+    const float scan = 0.87f + 0.13f * Cos(static_cast<float>(s.y) * 2 * kPi / 4);
     const float dirt = 0.94f + 0.12f * (snow(s.y, s.x) - 0.5f) + 0.10f * (line(s.y, s.x) - 0.5f);
     const float glow = 1.20f - 0.42f * Smooth(0.25f, 1.35f, s.Oval()) + 0.16f * (band(s.y, s.x) - 0.5f);
     const Color phosphor = Rgb(0xDEF4FF) * (scan * dirt * glow);
@@ -80,7 +79,7 @@ Canvas Poster(cv::Size size, const Color& ink, uint32_t seed) {
     const float x = static_cast<float>(s.x), y = static_cast<float>(s.y);
     constexpr float kPitch = 15;
     const float a = (x + y) * 0.70711f / kPitch, b = (x - y) * 0.70711f / kPitch;
-    const float screen = 0.5f + 0.25f * (std::cos(a * 2 * kPi) + std::cos(b * 2 * kPi));
+    const float screen = 0.5f + 0.25f * (Cos(a * 2 * kPi) + Cos(b * 2 * kPi));
     const float tone = Smooth(0.45f, 1.35f, s.Oval());
     const float dot = Smooth(1 - tone - 0.07f, 1 - tone + 0.07f, screen) * (tone > 0.02f ? 1.0f : 0.0f);
     Color c = Mix(Gray(1), Rgb(0xFFF8EA), 0.7f) * (0.965f + 0.07f * (paper(s.y, s.x) - 0.5f));
@@ -92,9 +91,9 @@ Canvas Poster(cv::Size size, const Color& ink, uint32_t seed) {
   Dice dice(seed + 3);
   for (int i = 0; i < 170; ++i) {  // spray
     const float x = dice.Next() * static_cast<float>(size.width), y = dice.Next() * static_cast<float>(size.height);
-    const float radius = 1.5f + 9 * std::pow(dice.Next(), 5.0f), strength = dice.Between(0.5f, 0.9f);
+    const float radius = 1.5f + 9 * Pow(dice.Next(), 5.0f), strength = dice.Between(0.5f, 0.9f);
     StampAt(canvas, x, y, radius, [&](Pixel& p, float dx, float dy) {
-      Cover(p, ink * 0.6f, strength * (1 - Smooth(0.75f, 1, std::hypot(dx, dy))));
+      Cover(p, ink * 0.6f, strength * (1 - Smooth(0.75f, 1, Hypot(dx, dy))));
     });
   }
   return canvas;
@@ -120,11 +119,11 @@ void AddScratches(Canvas& canvas, float strength, uint32_t seed) {
   Dice dice(seed + 3);
   for (int i = 0; i < 240; ++i) {  // dust
     const float x = dice.Next() * static_cast<float>(size.width), y = dice.Next() * static_cast<float>(size.height);
-    const float radius = 1.2f + 5 * std::pow(dice.Next(), 4.0f);
+    const float radius = 1.2f + 5 * Pow(dice.Next(), 4.0f);
     const Color color = dice.Next() < 0.5f ? Rgb(0xFFF6E0) : Rgb(0x1A120A);
     const float power = strength * dice.Between(0.3f, 0.8f);
     StampAt(canvas, x, y, radius,
-            [&](Pixel& p, float dx, float dy) { Cover(p, color, power * (1 - Smooth(0.6f, 1, std::hypot(dx, dy)))); });
+            [&](Pixel& p, float dx, float dy) { Cover(p, color, power * (1 - Smooth(0.6f, 1, Hypot(dx, dy)))); });
   }
 }
 
@@ -214,7 +213,7 @@ Canvas PictureFrame(cv::Size size) {
     }
     const bool across = s.aspect - std::abs(s.u) > 1 - std::abs(s.v);
     const float grain = across ? woodAcross(s.y, s.x) : woodDown(s.y, s.x);
-    const float profile = std::sin(Clamp01((0.075f - s.Edge()) / 0.075f) * kPi);
+    const float profile = Sin(Clamp01((0.075f - s.Edge()) / 0.075f) * kPi);
     return Opaque(Mix(Rgb(0x3A2212), Rgb(0x8A5A32), 0.30f + 0.45f * (grain - 0.3f)) * (0.55f + 0.75f * profile));
   });
 }

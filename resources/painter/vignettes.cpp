@@ -10,7 +10,7 @@ Canvas SoftOval(cv::Size size) {
 
 Canvas TightCircle(cv::Size size) {
   return Shade(size, [](const Spot& s) {
-    const float r = std::hypot(s.u * 0.80f, s.v);
+    const float r = Hypot(s.u * 0.80f, s.v);
     return Opaque(Mix(Gray(1), Rgb(0x0A0A10), 0.97f * Smooth(0.58f, 1.45f, r)));
   });
 }
@@ -32,7 +32,7 @@ Canvas WarmRim(cv::Size size) {
 
 Canvas ColdNight(cv::Size size) {
   return Shade(size, [](const Spot& s) {
-    const float r = std::hypot(s.u / s.aspect + 0.08f, s.v + 0.14f);
+    const float r = Hypot(s.u / s.aspect + 0.08f, s.v + 0.14f);
     const Color cold = Mix(Rgb(0xC9DEFF), Rgb(0x081430), Smooth(0.7f, 1.35f, r));
     return Opaque(Mix(Gray(1), cold, Smooth(0.3f, 0.9f, r)));
   });
@@ -58,8 +58,11 @@ Canvas FilmGate(cv::Size size) {
                                              static_cast<float>(size.height) * along)
                                : cv::Point2f(static_cast<float>(size.width) * along,
                                              static_cast<float>(size.height) * (far ? 1 - inset : inset));
-    cv::ellipse(lint, at, cv::Size(2 + dice.Below(22), 2 + dice.Below(14)), dice.Between(0, 360), dice.Between(0, 90),
-                dice.Between(120, 300), cv::Scalar(255), 1 + dice.Below(2), cv::LINE_AA);
+    // One by one: a compiler may draw a call's arguments in any order.
+    const int thickness = 1 + dice.Below(2);
+    const float end = dice.Between(120, 300), begin = dice.Between(0, 90), turn = dice.Between(0, 360);
+    const int height = 2 + dice.Below(14), width = 2 + dice.Below(22);
+    cv::ellipse(lint, at, cv::Size(width, height), turn, begin, end, cv::Scalar(255), thickness, cv::LINE_AA);
   }
   CoverMask(canvas, lint, Rgb(0x060504), 0.9f);
   return canvas;
@@ -86,7 +89,7 @@ Canvas WhiteRim(cv::Size size) {
 // A light heart and darker rim: multiplied it rounds the picture, overlaid it lifts the middle.
 Canvas LightCircle(cv::Size size) {
   return Shade(size, [](const Spot& s) {
-    const float r = std::hypot(s.u * 0.62f, s.v * 0.86f);
+    const float r = Hypot(s.u * 0.62f, s.v * 0.86f);
     return Opaque(Mix(Rgb(0xDEDAD2), Rgb(0x4A464C), Smooth(0.25f, 1.25f, r)));
   });
 }
@@ -94,14 +97,14 @@ Canvas LightCircle(cv::Size size) {
 // Around the neutral grey of an overlay: a little light in the middle, a little shade outside.
 Canvas NeutralCircle(cv::Size size) {
   return Shade(size, [](const Spot& s) {
-    const float r = std::hypot(s.u * 0.62f, s.v * 0.86f);
+    const float r = Hypot(s.u * 0.62f, s.v * 0.86f);
     return Opaque(Mix(Rgb(0x9C9894), Rgb(0x4C4A52), Smooth(0.20f, 1.30f, r)));
   });
 }
 
 Canvas DarkCorners(cv::Size size) {
   return Shade(size, [](const Spot& s) {
-    const float corner = std::pow(std::abs(s.u) / s.aspect, 2.4f) + std::pow(std::abs(s.v), 2.4f);
+    const float corner = Pow(std::abs(s.u) / s.aspect, 2.4f) + Pow(std::abs(s.v), 2.4f);
     return Opaque(Gray(1 - 0.90f * Smooth(0.30f, 1.75f, corner)));
   });
 }

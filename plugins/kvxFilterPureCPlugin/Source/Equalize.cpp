@@ -7,7 +7,7 @@
 #include "framework/frame_matrix.h"
 #include "framework/numeric.h"
 #include "framework/zeroed_array.h"
-#include "platform/workers.h"
+#include "workers/workers.h"
 
 namespace {
 

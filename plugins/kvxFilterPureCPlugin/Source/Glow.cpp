@@ -9,7 +9,7 @@
 #include "framework/numeric.h"
 #include "framework/parallel.h"
 #include "framework/params.h"
-#include "platform/workers.h"
+#include "workers/workers.h"
 
 namespace {
 

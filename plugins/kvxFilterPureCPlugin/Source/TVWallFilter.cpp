@@ -1,12 +1,9 @@
 #include "Source/TVWallFilter.h"
 
-#include <opencv2/imgproc.hpp>
-
 #include "Source/TileRows.h"
-#include "framework/frame_matrix.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
-#include "platform/workers.h"
+#include "platform/stretch.h"
 
 namespace {
 constexpr ParamRow kParams[] = {{u"SpliteSize", 0, 2, 8}};
@@ -27,9 +24,7 @@ void CTVWallFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t
   }
   if (!tile_) return;
 
-  const cv::Mat picture = MatrixOf({src, width, height, srcStep});
-  cv::Mat small(tileHeight, tileWidth, CV_8UC4, tile_.Data());
-  WithWorkers([&] { cv::resize(picture, small, small.size(), 0, 0, cv::INTER_LINEAR); });
+  StretchLinear({src, width, height, srcStep}, {tile_.Data(), tileWidth, tileHeight, ptrdiff_t{tileWidth} * 4}, 4);
   LineTile(PackedDest(tile_.Data(), tileWidth, tileHeight));
 
   const ConstFrameView tile = PackedSource(tile_.Data(), tileWidth, tileHeight);

@@ -8,7 +8,7 @@
 #include "engine/merge_routines.h"
 #include "framework/numeric.h"
 #include "framework/pixel_kernels.h"
-#include "platform/workers.h"
+#include "workers/workers.h"
 
 // All of this file is compiled once for each vector target; its loops are plain, so that all give the same bytes.
 #undef HWY_TARGET_INCLUDE

@@ -3,7 +3,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "engine/warp_routines.h"
-#include "platform/workers.h"
+#include "workers/workers.h"
 
 namespace {
 

@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
 #include <vector>
 
 #include "engine/engine_internal.h"
 #include "engine/wear_tables.h"
 #include "framework/zeroed_array.h"
-#include "platform/workers.h"
+#include "platform/stretch.h"
 
 namespace {
 
@@ -33,15 +31,14 @@ std::vector<uint8_t> MakeSpotMask(int32_t spots, Rand& rand) {
 }
 
 // The mask comes upside down. Most of its rows are clean.
-void LaySpots(const EngineImage& image, std::vector<uint8_t> spots) {
-  const cv::Mat mask(kMaskHeight, kMaskWidth, CV_8UC1, spots.data());
-  const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(PixelCount(image.width, image.height));
-  cv::Mat fitted(image.height, image.width, CV_8UC1, bytes.get());
-  WithWorkers([&] { cv::resize(mask, fitted, fitted.size(), 0, 0, cv::INTER_LINEAR); });
+void LaySpots(const EngineImage& image, const std::vector<uint8_t>& spots) {
+  const auto fitted = std::make_unique_for_overwrite<uint8_t[]>(PixelCount(image.width, image.height));
+  StretchLinear({spots.data(), kMaskWidth, kMaskHeight, kMaskWidth},
+                {fitted.get(), image.width, image.height, image.width}, 1);
   const std::vector<uint8_t> clean(static_cast<size_t>(image.width), 255);
   for (int32_t y = 0; y < image.height; ++y) {
     uint8_t* p = image.Row(y);
-    const uint8_t* m = fitted.ptr(image.height - 1 - y);
+    const uint8_t* m = fitted.get() + ptrdiff_t{image.width} * (image.height - 1 - y);
     if (std::memcmp(m, clean.data(), clean.size()) == 0) continue;
     for (int32_t x = 0; x < image.width; ++x, p += 4) {
       StorePixel(p, LoadPixel(p) & (kAlphaByte | m[x] * 0x010101u));

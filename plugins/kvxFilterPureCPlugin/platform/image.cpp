@@ -1,12 +1,11 @@
 #include "platform/image.h"
 
 #include <exception>
-#include <opencv2/imgproc.hpp>
 #include <string>
 
 #include "codecs/picture.h"
 #include "platform/files.h"
-#include "platform/workers.h"
+#include "platform/stretch.h"
 
 using kvx::DecodePicture;
 using kvx::Picture;
@@ -21,10 +20,6 @@ constexpr int32_t kStretchSmooth = 2;
 
 bool IsEmpty(const Picture& picture) {
   return picture.pixels.empty();
-}
-
-cv::Mat View(const Picture& picture) {
-  return cv::Mat(picture.height, picture.width, CV_8UC4, const_cast<uint8_t*>(picture.pixels.data()));
 }
 
 }  // namespace
@@ -88,13 +83,15 @@ int32_t QK_ImageStretch(const QKImage* from, QKImage* onto, int32_t mode) {
   const Picture& source = from->picture;
   Picture& target = onto->picture;
   if (mode != kStretchSmooth || IsEmpty(source) || IsEmpty(target)) return 0;
-  const bool grows = target.width > source.width || target.height > source.height;
+  const StretchSource in{source.pixels.data(), source.width, source.height, source.Step()};
+  const StretchTarget out{target.pixels.data(), target.width, target.height, target.Step()};
   try {
     if (target.width == source.width && target.height == source.height) {
       target.pixels = source.pixels;
+    } else if (target.width > source.width || target.height > source.height) {
+      StretchLinear(in, out, 4);
     } else {
-      cv::Mat out = View(target);
-      WithWorkers([&] { cv::resize(View(source), out, out.size(), 0, 0, grows ? cv::INTER_LINEAR : cv::INTER_AREA); });
+      StretchAreas(in, out);
     }
     return 1;
   } catch (const std::exception&) {  // no memory: no half-made picture is left to be taken for the whole
