@@ -177,7 +177,10 @@ class VectorTable {
 #if HWY_TARGET <= HWY_AVX3_DL
     for (size_t i = 0; i < 4; ++i) quarters_[i] = hn::LoadU(d_, table + 64 * i);
 #else
-    for (size_t i = 0; i < 16; ++i) sixteenths_[i] = hn::LoadDup128(d_, table + 16 * i);
+    for (size_t i = 0; i < 16; ++i) {
+      sixteenths_[i] = hn::LoadDup128(d_, table + 16 * i);
+      if (i % 8) sixteenths_[i] = hn::Xor(sixteenths_[i], hn::LoadDup128(d_, table + 16 * (i - 1)));
+    }
 #endif
   }
 
@@ -187,11 +190,18 @@ class VectorTable {
     const Bytes high{_mm512_permutex2var_epi8(quarters_[2].raw, index.raw, quarters_[3].raw)};
     return hn::IfThenElse(hn::Lt(index, hn::Set(d_, 128)), low, high);
 #else
-    // A sixteenth that an index is not in gets it with the top bit set, and gives 0.
+    // Each sixteenth holds its difference to the one before. An index takes part in its own and all before it, which
+    // leaves its own entry; as a number below 0 it takes part in none.
+    const hn::RebindToSigned<decltype(d_)> di;
+    const auto step = hn::Set(di, 16);
+    auto low = hn::BitCast(di, index), high = hn::Xor(low, hn::Set(di, -128));
     Bytes found = hn::Zero(d_);
-    for (size_t i = 0; i < 16; ++i) {
-      const Bytes within = hn::Xor(index, hn::Set(d_, static_cast<uint8_t>(16 * i)));
-      found = hn::Or(found, hn::TableLookupBytesOr0(sixteenths_[i], hn::SaturatedAdd(within, hn::Set(d_, 0x70))));
+    for (size_t i = 0; i < 8; ++i) {
+      const Bytes below = hn::TableLookupBytesOr0(sixteenths_[i], hn::BitCast(d_, low));
+      const Bytes above = hn::TableLookupBytesOr0(sixteenths_[8 + i], hn::BitCast(d_, high));
+      found = hn::Xor(found, hn::Xor(below, above));
+      low = hn::SaturatedSub(low, step);
+      high = hn::SaturatedSub(high, step);
     }
     return found;
 #endif
