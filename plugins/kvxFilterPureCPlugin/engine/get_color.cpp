@@ -30,7 +30,7 @@ namespace get_color {
 namespace HWY_NAMESPACE {
 
 // On a circle of 0 to 255; too grey a pixel has none.
-HWY_INLINE int32_t HueOf(uint32_t pixel) {
+inline int32_t HueOf(uint32_t pixel) {
   const auto blue = static_cast<int32_t>(pixel & 255), green = static_cast<int32_t>(pixel >> 8 & 255),
              red = static_cast<int32_t>(pixel >> 16 & 255);
   const int32_t high = blue > green ? blue : green, low = blue > green ? green : blue;
