@@ -39,7 +39,7 @@ std::atomic<int> g_refused{0};
 int32_t g_effect = 0;
 const FakeImage* g_images = nullptr;
 
-void OnCrash(int signal) {
+[[maybe_unused]] void OnCrash(int signal) {
   char text[256];
   int length = std::snprintf(text, sizeof text, "hostile host: signal %d in effect %d\n", signal, g_effect);
   for (int i = 0; g_images && i < 2; ++i) {
