@@ -17,9 +17,8 @@ const std::string& WordOf(const EffectInfo& effect) {
   return effect.slug == Slug(effect.name) ? effect.name : effect.slug;
 }
 
-bool IsKeyed(const ChainLink& link, const std::string& setting) {
-  const size_t equals = setting.find('=');
-  return !FindParam(*link.effect, setting.substr(0, equals)).IsText() && setting.find(':', equals) != std::string::npos;
+bool IsKeyed(const ParamInfo& param, const std::string& value) {
+  return !param.IsText() && value.find(':') != std::string::npos;
 }
 
 // A name that no program takes for an option.
@@ -29,7 +28,7 @@ std::string FileWord(const std::string& path) {
 
 }  // namespace
 
-CommandLine KvxLine(const Project& project, const Clip& clip, const std::string& output) {
+ProgramLine KvxLine(const Project& project, const Clip& clip, const std::string& output) {
   std::string line = "kvx render";
   if (clip.IsEndless() && project.frames > 1) line += fmt::format(" --frames {}", project.frames);
   if (project.pad) line += fmt::format(" --pad {}x{}", project.pad->width, project.pad->height);
@@ -49,7 +48,7 @@ CommandLine KvxLine(const Project& project, const Clip& clip, const std::string&
   return {line + " " + FileWord(clip.Input()) + " " + FileWord(target), ""};
 }
 
-CommandLine GstLine(const Project& project, const Clip& clip) {
+ProgramLine GstLine(const Project& project, const Clip& clip) {
   if (clip.Input() == "demo") return {"", "the demo is known to kvx alone"};
   if (IsSequence(clip.Input())) return {"", "for numbered pictures use kvx"};
   if (project.pad) return {"", "the frame is padded, which only kvx does"};
@@ -59,10 +58,10 @@ CommandLine GstLine(const Project& project, const Clip& clip) {
   for (const ChainLink& link : project.chain.Links()) {
     line += " ! kvx-" + link.effect->slug;
     for (const std::string& setting : link.settings) {
-      if (IsKeyed(link, setting)) return {"", "values over time cannot stand in this line: take the recipe"};
       const size_t equals = setting.find('=');
       const ParamInfo& param = FindParam(*link.effect, setting.substr(0, equals));
       std::string value = setting.substr(equals + 1);
+      if (IsKeyed(param, value)) return {"", "values over time cannot stand in this line: take the recipe"};
       if (param.type == ParamType::kCheckBox) value = value == "0" ? "false" : "true";
       line += " " + ShellWord(Slug(param.name) + "=" + value);
     }
@@ -71,7 +70,7 @@ CommandLine GstLine(const Project& project, const Clip& clip) {
   return {line + " ! videoconvert n-threads=0 ! autovideosink", ""};
 }
 
-CommandLine MeltLine(const Project& project, const Clip& clip) {
+ProgramLine MeltLine(const Project& project, const Clip& clip) {
   if (clip.Input() == "demo") return {"", "the demo is known to kvx alone"};
   if (IsSequence(clip.Input())) return {"", "for numbered pictures use kvx"};
   if (project.pad) return {"", "the frame is padded, which only kvx does"};
@@ -81,8 +80,11 @@ CommandLine MeltLine(const Project& project, const Clip& clip) {
     line += " -filter kvx." + link.effect->slug;
     for (const std::string& setting : link.settings) {
       const size_t equals = setting.find('=');
+      const ParamInfo& param = FindParam(*link.effect, setting.substr(0, equals));
       std::string value = setting.substr(equals + 1);
-      if (IsKeyed(link, setting)) {
+      if (IsKeyed(param, value)) {
+        // MLT goes from colour to colour by channel, kvx by number.
+        if (param.IsColor()) return {"", "colours over time cannot stand in this line: take the recipe"};
         std::string points;
         for (const std::string& point : Split(value, ',')) {
           const size_t colon = point.find(':');
@@ -90,7 +92,7 @@ CommandLine MeltLine(const Project& project, const Clip& clip) {
         }
         value = points;
       }
-      line += " " + ShellWord(Slug(setting.substr(0, equals)) + "=" + value);
+      line += " " + ShellWord(Slug(param.name) + "=" + value);
     }
     if (link.opacity != 100) line += fmt::format(" opacity={}", link.opacity);
   }

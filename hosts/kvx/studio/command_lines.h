@@ -10,16 +10,16 @@
 namespace kvx {
 
 // Either a line, or why there is none; `note` is what the user should know about it.
-struct CommandLine {
+struct ProgramLine {
   std::string line;
   std::string note;
 };
 
 // `output` is the name of the file to write, in the clip's folder.
-CommandLine KvxLine(const Project& project, const Clip& clip, const std::string& output);
+ProgramLine KvxLine(const Project& project, const Clip& clip, const std::string& output);
 // These two play the clip.
-CommandLine GstLine(const Project& project, const Clip& clip);
-CommandLine MeltLine(const Project& project, const Clip& clip);
+ProgramLine GstLine(const Project& project, const Clip& clip);
+ProgramLine MeltLine(const Project& project, const Clip& clip);
 
 }  // namespace kvx
 

@@ -404,7 +404,7 @@ void StudioServer::Lines(const Request& request, Response& response) const {
   }
   const std::string name = TextOf(body, "name");
   ordered_json lines = ordered_json::array();
-  const auto add = [&](const char* program, const CommandLine& line, bool found) {
+  const auto add = [&](const char* program, const ProgramLine& line, bool found) {
     const char* missing = "needs the kvx module for this program, which was not found beside this kvx";
     lines.push_back({{"program", program},
                      {"line", line.line},
