@@ -3,6 +3,7 @@
 #include <gst/gst.h>
 
 #include <cstring>
+#include <future>
 
 #include "hostkit/shared_plugin.h"
 #include "hosts/gstreamer/video_effect.h"
@@ -54,7 +55,7 @@ void EffectRunner::Open(const EffectInfo& effect) {
   Plugin& plugin = ElementsPlugin();
   info_ = &OfferedEffect(plugin, effect);
   effect_ = plugin.Create(*info_);
-  restart_ = used_ = false;
+  restart_ = used_ = needsCopy_ = false;
 }
 
 void EffectRunner::Close() {
@@ -67,7 +68,19 @@ void EffectRunner::Render(ConstImageView input, bool isOpaque, ImageView output,
   if (restart_ && used_ && info_->ordered) effect_ = ElementsPlugin().Create(*info_);
   restart_ = false;
   used_ = true;
-  if (isOpaque && !IsAllOpaque(input)) {
+  if (isOpaque && !needsCopy_) {
+    if (info_->ordered || info_->random) {
+      needsCopy_ = !IsAllOpaque(input);
+    } else {
+      // Nearly all programs write 255 there. To look at it takes as long as to read the frame, and goes on beside the
+      // effect where a thread can start; where there was something else the picture is made anew.
+      std::future<bool> look = std::async(IsAllOpaque, input);
+      effect_->Render(input, output, place, values);
+      needsCopy_ = !look.get();
+      if (!needsCopy_) return;
+    }
+  }
+  if (isOpaque && needsCopy_) {
     CopyOpaque(input, opaque_);
     input = {opaque_.pixels.data(), opaque_.width, opaque_.height, opaque_.Step()};
   }

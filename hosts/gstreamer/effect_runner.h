@@ -27,6 +27,7 @@ class EffectRunner {
   std::unique_ptr<Effect> effect_;
   bool restart_ = false;
   bool used_ = false;
+  bool needsCopy_ = false;  // a frame's fourth bytes were not all 255
   Picture opaque_;
 };
 

@@ -41,8 +41,11 @@ struct State {
   bool asksLength = true;
 
   void Restart() {
-    runner.Restart();
+    RestartEffect();
     clock.Restart();
+  }
+  void RestartEffect() {
+    runner.Restart();
     place = {};
     asksLength = true;
   }
@@ -193,7 +196,7 @@ void BeforeTransform(GstBaseTransform* base, GstBuffer* buffer) {
     if (GST_CLOCK_TIME_IS_VALID(streamTime)) gst_object_sync_values(GST_OBJECT(base), streamTime);
   }
   const FrameClock::Moment moment = state.clock.Next(runningTime, state.rate);
-  if (moment.steppedBack) state.Restart();
+  if (moment.steppedBack) state.RestartEffect();
   if (state.asksLength) {
     state.place.totalFrames = AskLength(base, state.rate);
     state.asksLength = state.place.totalFrames == 0;
