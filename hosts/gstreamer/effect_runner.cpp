@@ -69,7 +69,7 @@ void EffectRunner::Render(ConstImageView input, bool isOpaque, ImageView output,
   restart_ = false;
   used_ = true;
   if (isOpaque && !needsCopy_) {
-    if (info_->ordered || info_->random) {
+    if (info_->ordered) {
       needsCopy_ = !IsAllOpaque(input);
     } else {
       // Nearly all programs write 255 there. To look at it takes as long as to read the frame, and goes on beside the
