@@ -60,8 +60,8 @@ Clip Render(int32_t id, double share, uint32_t seed, uint8_t fill, std::vector<i
 }
 
 // The engine draws its noise table once by process, from the calendar, for the first effect that is made: the test that
-// wants tables of its own comes first, and all others see one and the same. (181 shows what it is from most seconds, not
-// from all.)
+// wants tables of its own comes first, and all others see one and the same. (181 shows what it is from most seconds,
+// not from all.)
 const bool g_pinned = [] {
   PinCalendarSeconds(1'700'000'000);
   return true;

@@ -10,6 +10,7 @@
 #include "framework/factory/effect_table.h"
 #include "tests/support/draws.h"
 #include "tests/support/frames.h"
+#include "tests/support/materials.h"
 
 namespace {
 
@@ -49,8 +50,10 @@ TEST(Parallel, NeighboursInTheTableAtOnce) {
 }
 
 // One effect for each way in which a large frame is divided: pixels, rows with neighbours, columns, cells, maps, water,
-// a kept field, a library's blur, panes, fills. Some work in place, so a row done twice would show.
+// a kept field, a library's blur, panes, fills, counts, rows that come in pairs, blocks, blends with a material, the
+// copy of a frame. Some work in place, so a row done twice would show.
 TEST(Parallel, ALargeFrameIsTheSameOnAnyNumberOfThreads) {
+  const SmallMaterials materials;
   constexpr int32_t kWidth = 1637, kHeight = 1283, kThreads = 2;
   const int before = cv::getNumThreads();
   const auto render = [](int32_t id, int threads) {
@@ -62,8 +65,10 @@ TEST(Parallel, ALargeFrameIsTheSameOnAnyNumberOfThreads) {
     for (int32_t frame = 0; frame < 2; ++frame) RunFrame(*processor, src, dst, Values(id, {40, 30, 20, 10}), frame, 60);
     return dst.Packed();
   };
-  for (const int32_t id : {16,  17,  19,  20,  22,  29,  33,  34,  45,  63,  66,  72,  149,  154, 156,
-                           157, 159, 165, 172, 174, 176, 180, 181, 182, 183, 188, 190, 1376, 1385}) {
+  for (const int32_t id :
+       {4,   9,   12,  16,  17,  19,  20,  22,  24,  26,  29,  31,  33,  34,  35,  36,  39,   45,
+        57,  58,  59,  63,  64,  66,  70,  72,  139, 145, 149, 154, 155, 156, 157, 159, 165,  167,
+        168, 172, 174, 176, 180, 181, 182, 183, 188, 190, 251, 313, 348, 350, 369, 370, 1376, 1385}) {
     EXPECT_EQ(render(id, 1), render(id, kThreads)) << "effect " << id;
   }
   cv::setNumThreads(before);

@@ -4,6 +4,7 @@
 
 #include "Source/PixelWords.h"
 #include "framework/frame.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -23,32 +24,38 @@ uint32_t Quarter(uint32_t pixel) {
 void AddFrame(ConstFrameView src, FrameView dst, uint32_t* own, const uint32_t* p1, const uint32_t* p2,
               const uint32_t* p3) {
   const size_t stride = static_cast<size_t>(dst.step) / 4;
-  for (int32_t y = 0; y < dst.height; ++y, own += stride, p1 += stride, p2 += stride, p3 += stride) {
-    const uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x) {
-      const uint32_t pixel = LoadPixel(in, x);
-      const uint32_t sum = (Quarter(pixel) + p1[x] + p2[x] + p3[x]) | (pixel & 0xFF000000);
-      StorePixel(out, x, sum);
-      own[x] = Quarter(sum);
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* in = src.Row(y);
+      uint8_t* out = dst.Row(y);
+      const size_t row = static_cast<size_t>(y) * stride;
+      for (int32_t x = 0; x < dst.width; ++x) {
+        const size_t i = row + static_cast<size_t>(x);
+        const uint32_t pixel = LoadPixel(in, x);
+        const uint32_t sum = (Quarter(pixel) + p1[i] + p2[i] + p3[i]) | (pixel & 0xFF000000);
+        StorePixel(out, x, sum);
+        own[i] = Quarter(sum);
+      }
     }
-  }
+  });
 }
 
 // A frame that does not: the sum as it stands, under the source's alpha.
 void ShowSum(ConstFrameView src, FrameView dst, const uint32_t* planes, size_t planeLength) {
   const size_t stride = static_cast<size_t>(dst.step) / 4;
-  const uint32_t* p[kPlanes];
+  std::array<const uint32_t*, kPlanes> p;
   for (uint32_t i = 0; i < kPlanes; ++i) p[i] = planes + i * planeLength;
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Row(y);
-    uint8_t* out = dst.Row(y);
-    const size_t row = static_cast<size_t>(y) * stride;
-    for (int32_t x = 0; x < dst.width; ++x) {
-      const size_t i = row + static_cast<size_t>(x);
-      StorePixel(out, x, (p[0][i] + p[1][i] + p[2][i] + p[3][i]) | (LoadPixel(in, x) & 0xFF000000));
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* in = src.Row(y);
+      uint8_t* out = dst.Row(y);
+      const size_t row = static_cast<size_t>(y) * stride;
+      for (int32_t x = 0; x < dst.width; ++x) {
+        const size_t i = row + static_cast<size_t>(x);
+        StorePixel(out, x, (p[0][i] + p[1][i] + p[2][i] + p[3][i]) | (LoadPixel(in, x) & 0xFF000000));
+      }
     }
-  }
+  });
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/random.h"
 
@@ -98,23 +99,25 @@ CloudPixels PixelsOf(const ByteTable& table, bool color) {
 
 void PaintClouds(const std::array<CCloudsFilter::Layer, 3>& layers, FrameView dst, const CloudPixels& pixels) {
   const size_t width = static_cast<size_t>(dst.width);
-  std::vector<uint8_t> drifted[3];
-  for (auto& row : drifted) row.resize(width);
-  for (int32_t y = 0; y < dst.height; ++y) {
-    for (size_t i = 0; i < 3; ++i) {
-      const CCloudsFilter::Layer& layer = layers[i];
-      const uint8_t* row = layer.values.Data() + static_cast<size_t>((y + layer.y) % dst.height) * width;
-      const size_t x = static_cast<size_t>(layer.x);
-      std::memcpy(drifted[i].data(), row + x, width - x);
-      std::memcpy(drifted[i].data() + (width - x), row, x);
+  ForRowBands(dst.width, 0, dst.height, [=, &layers, &pixels](int32_t begin, int32_t end) {
+    std::vector<uint8_t> drifted[3];
+    for (auto& row : drifted) row.resize(width);
+    for (int32_t y = begin; y < end; ++y) {
+      for (size_t i = 0; i < 3; ++i) {
+        const CCloudsFilter::Layer& layer = layers[i];
+        const uint8_t* row = layer.values.Data() + static_cast<size_t>((y + layer.y) % dst.height) * width;
+        const size_t x = static_cast<size_t>(layer.x);
+        std::memcpy(drifted[i].data(), row + x, width - x);
+        std::memcpy(drifted[i].data() + (width - x), row, x);
+      }
+      uint8_t* out = dst.Row(y);
+      for (int32_t x = 0; x < dst.width; ++x) {
+        const size_t i = static_cast<size_t>(x);
+        const uint32_t pixel = pixels[size_t{drifted[0][i]} + drifted[1][i] + drifted[2][i]];
+        if (pixel != 0) StorePixel(out, x, pixel);
+      }
     }
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x) {
-      const size_t i = static_cast<size_t>(x);
-      const uint32_t pixel = pixels[size_t{drifted[0][i]} + drifted[1][i] + drifted[2][i]];
-      if (pixel != 0) StorePixel(out, x, pixel);
-    }
-  }
+  });
 }
 
 }  // namespace
@@ -148,7 +151,7 @@ void CCloudsFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t
   color_ = Trunc32(Param(params, 4)) != 0;
   const bool densityChanged = density != density_;
   density_ = density;
-  CopyRows(src, dst, width, height, srcStep, dstStep);
+  CopyRowsInBands({src, width, height, srcStep}, {dst, width, height, dstStep});
 
   for (Layer& layer : layers_) {
     if (!layer.values) Generate(layer.values, density_, width, height);

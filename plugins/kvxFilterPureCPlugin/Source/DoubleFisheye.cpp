@@ -5,6 +5,7 @@
 
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -17,11 +18,14 @@ constexpr ParamRow kParams[] = {{u"Size", 0, 1, 100}};
 // With e the squared distance from the centre over R * R, a pixel of the lens (e at most 1) shows what lies e times its
 // offset from the centre: the rim meets the picture around it, the middle magnifies. Positions never leave the frame,
 // since centre and pixel are in it and e is at most 1.
-void Lens(ConstFrameView src, FrameView dst, int32_t cx, int32_t cy, double radius) {
+//
+// Draws what of the lens lies in rows `begin` to `end` - 1.
+void Lens(ConstFrameView src, FrameView dst, int32_t cx, int32_t cy, double radius, int32_t begin, int32_t end) {
   const double square = radius * radius;
+  const ConstFrameView center{src.Pixel(cx, cy), src.width, src.height, src.step};
   const int32_t reach = Trunc32(radius);
   const int32_t left = std::max(0, cx - reach), right = std::min(dst.width - 1, cx + reach);
-  const int32_t top = std::max(0, cy - reach), bottom = std::min(dst.height - 1, cy + reach);
+  const int32_t top = std::max(begin, cy - reach), bottom = std::min(end - 1, cy + reach);
   for (int32_t y = top; y <= bottom; ++y) {
     const int32_t dy = y - cy;
     uint8_t* out = dst.Row(y);
@@ -29,7 +33,7 @@ void Lens(ConstFrameView src, FrameView dst, int32_t cx, int32_t cy, double radi
       const int32_t dx = x - cx;
       const double e = (dx * dx + dy * dy) / square;
       if (e > 1) continue;
-      std::memcpy(out + 4 * x, src.Pixel(cx + static_cast<int32_t>(dx * e), cy + static_cast<int32_t>(dy * e)), 4);
+      std::memcpy(out + 4 * x, center.Pixel(static_cast<int32_t>(dx * e), static_cast<int32_t>(dy * e)), 4);
     }
   }
 }
@@ -45,10 +49,12 @@ void CDoubleFisheye::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const
   const ConstFrameView in = PackedSource(src, width, height);
   const FrameView out = PackedDest(dst, width, height);
   if (out.Empty()) return;
-  std::memcpy(dst, src, static_cast<size_t>(width) * 4 * static_cast<size_t>(height));
   const double radius = size_ / 100 * std::min(width / 4.0, height / 2.0);
-  if (!(radius * radius > 0)) return;  // no lens
-  // The first lens comes last: where rims meet, it wins.
-  Lens(in, out, 3 * width / 4, height / 2, radius);
-  Lens(in, out, width / 4, height / 2, radius);
+  ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
+    CopyRows(in.Row(begin), out.Row(begin), out.width, end - begin, in.step, out.step);
+    if (!(radius * radius > 0)) return;  // no lens
+    // The first lens comes last: where rims meet, it wins.
+    Lens(in, out, 3 * out.width / 4, out.height / 2, radius, begin, end);
+    Lens(in, out, out.width / 4, out.height / 2, radius, begin, end);
+  });
 }

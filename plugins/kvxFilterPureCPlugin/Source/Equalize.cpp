@@ -3,15 +3,16 @@
 #include <memory>
 #include <opencv2/imgproc.hpp>
 
-#include "Source/PixelMap.h"
+#include "Source/Histogram.h"
+#include "Source/PixelWords.h"
 #include "framework/frame_matrix.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
+#include "framework/pixel_kernels.h"
 #include "framework/zeroed_array.h"
 #include "workers/workers.h"
 
 namespace {
-
-using Histogram = std::array<uint32_t, 256>;
 
 // The box around everything that is not black.
 ConstFrameView PictureOf(const cv::Mat& frame) {
@@ -25,16 +26,13 @@ ConstFrameView PictureOf(const cv::Mat& frame) {
 
 // One histogram for each of bytes 0 to 2.
 std::array<Histogram, 3> Count(ConstFrameView picture) {
-  std::array<Histogram, 3> counts{};
-  for (int32_t y = 0; y < picture.height; ++y) {
-    const uint8_t* in = picture.Row(y);
-    for (int32_t x = 0; x < picture.width; ++x, in += 4) {
+  return CountRows<3>(picture, [width = picture.width](const uint8_t* in, std::array<Histogram, 3>& counts) {
+    for (int32_t x = 0; x < width; ++x, in += 4) {
       ++counts[0][in[0]];
       ++counts[1][in[1]];
       ++counts[2][in[2]];
     }
-  }
-  return counts;
+  });
 }
 
 // The share of pixels up to and with each value.
@@ -52,12 +50,18 @@ ByteTable TableOf(const Histogram& histogram, uint64_t pixels) {
 
 void CEqualize::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray*) {
   if (width <= 0 || height <= 0) return;
-  const cv::Mat frame = MatrixOf({src, width, height, srcStep});
+  const ConstFrameView in{src, width, height, srcStep};
+  const FrameView out{dst, width, height, dstStep};
+  const cv::Mat frame = MatrixOf(in);
   const ConstFrameView picture = PictureOf(frame);
-  CopyRows(src, dst, width, height, srcStep, dstStep);
+  CopyRowsInBands(in, out);
   if (picture.Empty()) return;
   const std::array<Histogram, 3> counts = Count(picture);
   const uint64_t pixels = static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height);
-  MapBytes({src, width, height, srcStep}, {dst, width, height, dstStep}, TableOf(counts[0], pixels),
-           TableOf(counts[1], pixels), TableOf(counts[2], pixels));
+  const ByteTable table0 = TableOf(counts[0], pixels), table1 = TableOf(counts[1], pixels),
+                  table2 = TableOf(counts[2], pixels);
+  const ByteTables tables = {table0.data(), table1.data(), table2.data()};
+  ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) MapRow(in.Row(y), out.Row(y), out.width, tables);
+  });
 }

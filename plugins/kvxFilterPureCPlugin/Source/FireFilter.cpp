@@ -9,6 +9,7 @@
 #include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/random.h"
 
@@ -144,19 +145,21 @@ void Spread(const HeatField& heat, int32_t sourceRow, const Band& band) {
 }
 
 void Paint(const HeatField& heat, FrameView dst, const Palette& palette, int32_t alpha) {
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* hot = heat.Row(y + kExtraRows);
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x, out += 4) {
-      const uint32_t color = palette[hot[x]];
-      if (color == 0) continue;
-      for (int c = 0; c < 3; ++c) {
-        const int32_t d = out[c];
-        const int32_t difference = static_cast<int32_t>(color >> (8 * c) & 255) - d;
-        out[c] = static_cast<uint8_t>(WrapAdd(WrapMul(difference, alpha), d << 8) >> 8);
+  ForRowBands(dst.width, 0, dst.height, [=, &palette](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const uint8_t* hot = heat.Row(y + kExtraRows);
+      uint8_t* out = dst.Row(y);
+      for (int32_t x = 0; x < dst.width; ++x, out += 4) {
+        const uint32_t color = palette[hot[x]];
+        if (color == 0) continue;
+        for (int c = 0; c < 3; ++c) {
+          const int32_t d = out[c];
+          const int32_t difference = static_cast<int32_t>(color >> (8 * c) & 255) - d;
+          out[c] = static_cast<uint8_t>(WrapAdd(WrapMul(difference, alpha), d << 8) >> 8);
+        }
       }
     }
-  }
+  });
 }
 
 }  // namespace
@@ -178,7 +181,7 @@ void CFireFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t d
     rowPercent_ = rowPercent;
     heat_.Clear();
   }
-  CopyRows(src, dst, width, height, srcStep, dstStep);
+  CopyRowsInBands({src, width, height, srcStep}, {dst, width, height, dstStep});
   const int32_t rows = height + kExtraRows;
   if (!heat_ && !heat_.Allocate(PixelCount(width, rows) + kReach)) return;
 

@@ -6,6 +6,7 @@
 #include "Source/ByteOffsets.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -37,9 +38,12 @@ void FillLight(ByteOffsets& light, int64_t dy, int64_t centerX, int32_t radius) 
   }
 }
 
-void Flash(ConstFrameView src, FrameView dst, int64_t centerX, int64_t centerY, int32_t radius) {
+// Rows `begin` to `end` - 1 and, of those whose twin comes behind them, the twin. Not inlined: that costs a tenth of
+// the speed.
+[[gnu::noinline]] void FlashRows(ConstFrameView src, FrameView dst, int64_t centerX, int64_t centerY, int32_t radius,
+                                 int32_t begin, int32_t end) {
   ByteOffsets light(4 * static_cast<size_t>(std::max(dst.width, 0)));
-  for (int32_t y = 0; y < dst.height; ++y) {
+  for (int32_t y = begin; y < end; ++y) {
     const int64_t twin = 2 * centerY - y;  // the row at the same distance on the other side
     if (twin >= 0 && twin < y) continue;
     FillLight(light, y - centerY, centerX, radius);
@@ -49,6 +53,11 @@ void Flash(ConstFrameView src, FrameView dst, int64_t centerX, int64_t centerY, 
       AddOffsets(src.Row(other), light, dst.Row(other));
     }
   }
+}
+
+void Flash(ConstFrameView src, FrameView dst, int64_t centerX, int64_t centerY, int32_t radius) {
+  ForRowBands(dst.width, 0, dst.height,
+              [=](int32_t begin, int32_t end) { FlashRows(src, dst, centerX, centerY, radius, begin, end); });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -53,13 +54,16 @@ void Sweep(int8_t* spins, int32_t width, int32_t height) {
 }
 
 void PaintSpins(const int8_t* spins, FrameView dst, bool fillBlack) {
-  for (int32_t y = 0; y < dst.height; ++y, spins += dst.width) {
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x) {
-      const uint32_t pixel = LoadPixel(out, x);
-      StorePixel(out, x, spins[x] == 1 ? pixel : fillBlack ? 0 : pixel ^ 0x00FFFFFF);
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      const int8_t* row = spins + static_cast<ptrdiff_t>(y) * dst.width;
+      uint8_t* out = dst.Row(y);
+      for (int32_t x = 0; x < dst.width; ++x) {
+        const uint32_t pixel = LoadPixel(out, x);
+        StorePixel(out, x, row[x] == 1 ? pixel : fillBlack ? 0 : pixel ^ 0x00FFFFFF);
+      }
     }
-  }
+  });
 }
 
 }  // namespace
@@ -76,7 +80,7 @@ void CIsingFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
     if (!spins_.Allocate(PixelCount(width, height))) return;
     DrawGrid(spins_.Data(), width, height);
   }
-  CopyRows(src, dst, width, height, srcStep, dstStep);
+  CopyRowsInBands({src, width, height, srcStep}, {dst, width, height, dstStep});
   Sweep(spins_.Data(), width, height);
   PaintSpins(spins_.Data(), PackedDest(dst, width, height), fillBlack_ != 0);
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "Source/Histogram.h"
 #include "Source/PixelMap.h"
 #include "framework/numeric.h"
 #include "framework/pixels.h"
@@ -12,22 +13,15 @@ constexpr uint32_t kBlack = 0xFF000000;
 constexpr uint32_t kGray = 0xFF808080;
 constexpr uint32_t kWhite = 0xFFFFFFFF;
 
-using Histogram = std::array<uint32_t, 256>;
-
 uint32_t LumaOf(uint32_t pixel) {
   return ((pixel >> 8 & 255) + (pixel >> 16 & 255) * 2 + (pixel & 255)) >> 2;
 }
 
 // Neighbouring pixels are often alike: they count in different tables, so that none waits for the one before.
 Histogram Count(ConstFrameView src) {
-  std::array<Histogram, 4> parts{};
-  for (int32_t y = 0; y < src.height; ++y) {
-    const uint8_t* in = src.Row(y);
-    for (int32_t x = 0; x < src.width; ++x) {
-      uint32_t pixel = LoadPixel(in + 4 * x);
-      ++parts[static_cast<size_t>(x & 3)][LumaOf(pixel)];
-    }
-  }
+  const auto parts = CountRows<4>(src, [width = src.width](const uint8_t* in, std::array<Histogram, 4>& counts) {
+    for (int32_t x = 0; x < width; ++x) ++counts[static_cast<size_t>(x & 3)][LumaOf(LoadPixel(in + 4 * x))];
+  });
   Histogram histogram;
   for (size_t i = 0; i < 256; ++i) histogram[i] = parts[0][i] + parts[1][i] + parts[2][i] + parts[3][i];
   return histogram;
@@ -80,14 +74,15 @@ Thresholds ThresholdsOf(const Histogram& histogram, int32_t pixels) {
 void CTwoLay::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray*) {
   const ConstFrameView in{src, width, height, srcStep};
   const int32_t threshold = ThresholdOf(Count(in));
-  MapPixels(in, {dst, width, height, dstStep},
-            [threshold](uint32_t pixel) { return static_cast<int32_t>(LumaOf(pixel)) < threshold ? kBlack : kWhite; });
+  MapPixelsInBands(in, {dst, width, height, dstStep}, [threshold](uint32_t pixel) {
+    return static_cast<int32_t>(LumaOf(pixel)) < threshold ? kBlack : kWhite;
+  });
 }
 
 void CThreeLay::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray*) {
   const ConstFrameView in{src, width, height, srcStep};
   const Thresholds thresholds = ThresholdsOf(Count(in), WrapMul(width, height));
-  MapPixels(in, {dst, width, height, dstStep}, [thresholds](uint32_t pixel) {
+  MapPixelsInBands(in, {dst, width, height, dstStep}, [thresholds](uint32_t pixel) {
     const int32_t luma = static_cast<int32_t>(LumaOf(pixel));
     return luma < thresholds.low ? kBlack : luma < thresholds.high ? kGray : kWhite;
   });

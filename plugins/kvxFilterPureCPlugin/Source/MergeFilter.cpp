@@ -1,12 +1,12 @@
 #include "Source/MergeFilter.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <memory>
 #include <opencv2/core.hpp>
 
 #include "Source/Overlays.h"
+#include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
@@ -121,9 +121,7 @@ void CMergeFilter::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
   const EngineImage frame = MakeEngineImage(dst, width, height, dstStep);
   EngineImage second{};
   if (material_) second = MakeEngineImage(QK_ImageBits(material_.get()), width, height, QK_ImageStep(material_.get()));
-  const auto copy = [&] {
-    for (int32_t y = 0; y < height; ++y) std::memcpy(frame.Row(y), from.Row(y), static_cast<size_t>(width) * 4);
-  };
+  const auto copy = [&] { CopyVisibleInBands({src, width, height, srcStep}, {dst, width, height, dstStep}); };
   const bool spared = EngineSparesCopy(engine_);
   if (!spared) copy();
   if (EngineRunFrom(engine_, from, frame, material_ ? &second : nullptr) != kEngineDone && spared) copy();

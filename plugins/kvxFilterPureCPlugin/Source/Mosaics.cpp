@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -20,12 +22,13 @@ void SumColumns(ConstFrameView src, int32_t top, int32_t bottom, std::vector<uin
   }
 }
 
-// The blocks at right and bottom have what the full ones leave.
-void Mosaic(ConstFrameView src, FrameView dst, int32_t blockWidth, int32_t blockHeight, std::vector<uint32_t>& sums) {
-  if (dst.Empty()) return;
+// Rows of blocks from `begin` to `end` - 1. The blocks at right and bottom have what the full ones leave.
+void DrawBlocks(ConstFrameView src, FrameView dst, int32_t blockWidth, int32_t blockHeight, int32_t begin,
+                int32_t end) {
   const size_t rowBytes = static_cast<size_t>(dst.width) * 4;
-  sums.resize(rowBytes);
-  for (int32_t top = 0; top < dst.height; top += blockHeight) {
+  std::vector<uint32_t> sums(rowBytes);
+  for (int32_t row = begin; row < end; ++row) {
+    const int32_t top = row * blockHeight;
     const int32_t bottom = std::min(top + blockHeight, dst.height);
     SumColumns(src, top, bottom, sums);
     uint8_t* first = dst.Row(top);
@@ -44,6 +47,12 @@ void Mosaic(ConstFrameView src, FrameView dst, int32_t blockWidth, int32_t block
   }
 }
 
+void Mosaic(ConstFrameView src, FrameView dst, int32_t blockWidth, int32_t blockHeight) {
+  if (dst.Empty()) return;
+  ForRowBands(int64_t{dst.width} * blockHeight, 0, (dst.height - 1) / blockHeight + 1,
+              [=](int32_t begin, int32_t end) { DrawBlocks(src, dst, blockWidth, blockHeight, begin, end); });
+}
+
 }  // namespace
 
 void CMosaics::GetParamDesc(FilterParamDesc* desc, int32_t index) {
@@ -55,5 +64,5 @@ void CMosaics::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const Param
   blockHeight_ = Trunc32(Param(params, 2) + 1);
   // A block of no size counts as one pixel, one beyond the frame as the frame.
   Mosaic(PackedSource(src, width, height), PackedDest(dst, width, height), ClampInt(blockWidth_, 1, std::max(width, 1)),
-         ClampInt(blockHeight_, 1, std::max(height, 1)), columnSums_);
+         ClampInt(blockHeight_, 1, std::max(height, 1)));
 }

@@ -3,7 +3,6 @@
 #define KVX_SOURCE_MOSAICS_H_
 
 #include <cstdint>
-#include <vector>
 
 #include "kvx/processor.h"
 
@@ -16,7 +15,6 @@ class CMosaics : public CBaseFilterProc {
  private:
   int32_t blockWidth_ = 4;  // parameter + 1
   int32_t blockHeight_ = 4;
-  std::vector<uint32_t> columnSums_;  // scratch
 };
 
 #endif  // KVX_SOURCE_MOSAICS_H_

@@ -1,10 +1,11 @@
 #include "Source/Nervous.h"
 
 #include <algorithm>
-#include <cstring>
 
+#include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -51,14 +52,19 @@ void CNervous::ChooseFrame() {
 void CNervous::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
   mode_ = Trunc32(Param(params, 1));
   if (Param(params, 2) == 1.0) Reset();
-  const size_t frameBytes = 4 * PixelCount(width, height);
-  if (!ring_) {
-    std::memcpy(dst, src, frameBytes);
-    return;
-  }
-  std::memcpy(ring_.Data() + static_cast<size_t>(writeIndex_) * frameBytes, src, frameBytes);
+  const ConstFrameView in = PackedSource(src, width, height);
+  const FrameView out = PackedDest(dst, width, height);
+  if (!ring_) return CopyVisibleInBands(in, out);
+  const auto frameAt = [this](int32_t index) {
+    const size_t frameBytes = 4 * PixelCount(width, height);
+    return PackedDest(ring_.Data() + static_cast<size_t>(index) * frameBytes, width, height);
+  };
   count_ = std::min(count_ + 1, kFrames);
   ChooseFrame();
+  const FrameView written = frameAt(writeIndex_), shown = frameAt(readIndex_);
   writeIndex_ = (writeIndex_ + 1) % kFrames;
-  std::memcpy(dst, ring_.Data() + static_cast<size_t>(readIndex_) * frameBytes, frameBytes);
+  ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
+    CopyRows(in.Row(begin), written.Row(begin), in.width, end - begin, in.step, written.step);
+    CopyRows(shown.Row(begin), out.Row(begin), in.width, end - begin, shown.step, out.step);
+  });
 }

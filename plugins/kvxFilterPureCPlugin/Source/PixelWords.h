@@ -32,4 +32,12 @@ inline void CopyVisibleInBands(ConstFrameView src, FrameView dst) {
   });
 }
 
+// CopyRows on several threads where the frame is large.
+inline void CopyRowsInBands(ConstFrameView src, FrameView dst) {
+  if (!src.data || !dst.data) return;
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    CopyRows(src.Row(begin), dst.Row(begin), dst.width, end - begin, src.step, dst.step);
+  });
+}
+
 #endif  // KVX_SOURCE_PIXEL_WORDS_H_

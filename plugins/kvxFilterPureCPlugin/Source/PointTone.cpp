@@ -4,6 +4,7 @@
 
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/pixel_kernels.h"
 #include "framework/pixels.h"
@@ -56,7 +57,9 @@ void CSaturation::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const Pa
   const SaturationWeights weights{s, Trunc32(k * 7471), Trunc32(k * 38470), Trunc32(k * 19595), !(s >= 0 && s <= 1)};
   const ConstFrameView in = PackedSource(src, width, height);
   const FrameView out = PackedDest(dst, width, height);
-  for (int32_t y = 0; y < height; ++y) SaturateRow(in.Row(y), out.Row(y), width, weights);
+  ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) SaturateRow(in.Row(y), out.Row(y), out.width, weights);
+  });
 }
 
 void CInvert::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray*) {

@@ -15,16 +15,18 @@ constexpr ParamRow kParams[] = {{u"Swing", 0, 0, 100}, {u"Frequency", 0, 0, 100}
 void Wave(ConstFrameView src, FrameView dst, double amplitude, double frequency) {
   std::vector<double> offset(static_cast<size_t>(std::max(dst.width, 0)));
   for (int32_t x = 0; x < dst.width; ++x) offset[static_cast<size_t>(x)] = std::sin(x * frequency) * amplitude;
-  for (int32_t y = 0; y < dst.height; ++y) {
-    uint8_t* out = dst.Row(y);
-    for (int32_t x = 0; x < dst.width; ++x) {
-      const double from = y - offset[static_cast<size_t>(x)];
-      // Cut toward zero: what lies up to one row above the frame still takes row 0.
-      const bool inside = from > -1 && from < dst.height;
-      const uint32_t pixel = LoadPixel(src.Row(inside ? static_cast<int32_t>(from) : 0), x);
-      StorePixel(out, x, inside ? pixel : kOpaqueBlack);
+  ForRowBands(dst.width, 0, dst.height, [=, offsets = offset.data()](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      uint8_t* out = dst.Row(y);
+      for (int32_t x = 0; x < dst.width; ++x) {
+        const double from = y - offsets[x];
+        // Cut toward zero: what lies up to one row above the frame still takes row 0.
+        const bool inside = from > -1 && from < dst.height;
+        const uint32_t pixel = LoadPixel(src.Row(inside ? static_cast<int32_t>(from) : 0), x);
+        StorePixel(out, x, inside ? pixel : kOpaqueBlack);
+      }
     }
-  }
+  });
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "framework/frame.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/row_loops.h"
 
@@ -18,11 +19,10 @@ uint8_t Sharpened(int32_t p, double k, int32_t difference) {
 }
 
 // The difference is that of two pixels of a row to the two below them, and 0 in the last row and column.
-void Sharpen(ConstFrameView src, FrameView dst, double k) {
-  if (dst.Empty()) return;
+void SharpenRows(ConstFrameView src, FrameView dst, double k, int32_t begin, int32_t end) {
   const bool common = std::fabs(k) <= kMostSharpening && src.data != dst.data;
   const int32_t rowBytes = dst.width * 4;
-  for (int32_t y = 0; y < dst.height; ++y) {
+  for (int32_t y = begin; y < end; ++y) {
     const uint8_t* in = src.Row(y);
     uint8_t* out = dst.Row(y);
     int32_t j = 0;
@@ -49,5 +49,10 @@ void CSharpen::GetParamDesc(FilterParamDesc* desc, int32_t index) {
 
 void CSharpen::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, const ParamValueArray* params) {
   strength_ = Param(params, 1) / 100;
-  Sharpen(PackedSource(src, width, height), PackedDest(dst, width, height), strength_);
+  const ConstFrameView in = PackedSource(src, width, height);
+  const FrameView out = PackedDest(dst, width, height);
+  if (out.Empty()) return;
+  if (src == dst) return SharpenRows(in, out, strength_, 0, height);  // each row before the one below it changes
+  ForRowBands(width, 0, height,
+              [=, k = strength_](int32_t begin, int32_t end) { SharpenRows(in, out, k, begin, end); });
 }

@@ -1,8 +1,8 @@
 #include "Source/SquareBlur.h"
 
 #include <algorithm>
-#include <cstring>
 
+#include "Source/PixelWords.h"
 #include "Source/StackBlur.h"
 #include "framework/frame.h"
 #include "framework/params.h"
@@ -20,10 +20,6 @@ int32_t RadiusOf(double radius, int32_t longerSide) {
   return static_cast<int32_t>(std::min(radius, static_cast<double>(std::max(longerSide, kFirstBoxRadius))));
 }
 
-void CopyPixels(ConstFrameView src, FrameView dst) {
-  for (int32_t y = 0; y < dst.height; ++y) std::memcpy(dst.Row(y), src.Row(y), static_cast<size_t>(dst.width) * 4);
-}
-
 // The mean of all four bytes over the window of 2 * radius + 1 pixels each way, cut at the frame's edges. Sums are 32
 // bits and wrap. Column sums follow the window down the frame; in each row, differences of their running sums are the
 // windows. Without memory for the sums the picture is copied.
@@ -31,7 +27,7 @@ void BoxBlur(ConstFrameView src, FrameView dst, int32_t radius) {
   const int32_t width = src.width;
   const size_t lanes = static_cast<size_t>(width) * 4;
   ZeroedArray<uint32_t> columnSums, runningSums;
-  if (!columnSums.Allocate(lanes) || !runningSums.Allocate(lanes + 4)) return CopyPixels(src, dst);
+  if (!columnSums.Allocate(lanes) || !runningSums.Allocate(lanes + 4)) return CopyVisible(src, dst);
   uint32_t* columns = columnSums.Data();
   uint32_t* running = runningSums.Data();
   const auto addRow = [&](int32_t y) {
@@ -78,7 +74,7 @@ void CSquareBlur::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t d
   const ConstFrameView in{src, width, height, srcStep};
   const FrameView out{dst, width, height, dstStep};
   if (radius < kFirstBoxRadius) {
-    CopyPixels(in, out);
+    CopyVisibleInBands(in, out);
     StackBlur(out, radius);
   } else {
     BoxBlur(in, out, radius);

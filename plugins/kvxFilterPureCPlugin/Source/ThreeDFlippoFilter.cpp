@@ -7,6 +7,7 @@
 #include "framework/frame.h"
 #include "framework/host_log.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 #include "framework/params.h"
 #include "framework/random.h"
 
@@ -67,43 +68,49 @@ void BuildMap(int32_t* map, int32_t width, int32_t height, const Matrix& r, doub
   const double ex = -distance * r[2][0];
   const double ey = -distance * r[2][1];
   const double ez = -distance * r[2][2];
-  for (int32_t y = 0; y < height; ++y) {
-    const double v = y - cy;
-    const double dx0 = r[1][0] * v + r[2][0] * distance;
-    const double dy0 = r[1][1] * v + r[2][1] * distance;
-    const double dz0 = r[1][2] * v + r[2][2] * distance;
-    for (int32_t x = 0; x < width; ++x) {
-      const double u = x - cx;
-      const double t = -ez / (r[0][2] * u + dz0);
-      const double front = t > 0 ? 0.5 : -2 * distance;
-      const int32_t column = CutInto(cx + (ex + t * (r[0][0] * u + dx0)) + front, w);
-      const int32_t row = CutInto(cy + (ey + t * (r[0][1] * u + dy0)) + 0.5, h);
-      const bool inside = (static_cast<uint32_t>(column) < static_cast<uint32_t>(width)) &
-                          (static_cast<uint32_t>(row) < static_cast<uint32_t>(height));
-      map[x] = inside ? row * width + column : -1;
+  ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      int32_t* places = map + static_cast<ptrdiff_t>(y) * width;
+      const double v = y - cy;
+      const double dx0 = r[1][0] * v + r[2][0] * distance;
+      const double dy0 = r[1][1] * v + r[2][1] * distance;
+      const double dz0 = r[1][2] * v + r[2][2] * distance;
+      for (int32_t x = 0; x < width; ++x) {
+        const double u = x - cx;
+        const double t = -ez / (r[0][2] * u + dz0);
+        const double front = t > 0 ? 0.5 : -2 * distance;
+        const int32_t column = CutInto(cx + (ex + t * (r[0][0] * u + dx0)) + front, w);
+        const int32_t row = CutInto(cy + (ey + t * (r[0][1] * u + dy0)) + 0.5, h);
+        const bool inside = (static_cast<uint32_t>(column) < static_cast<uint32_t>(width)) &
+                            (static_cast<uint32_t>(row) < static_cast<uint32_t>(height));
+        places[x] = inside ? row * width + column : -1;
+      }
     }
-    map += width;
-  }
+  });
 }
 
-// Below 0: a blank or the pixel that was there. Beyond the last pixel: static.
+// Below 0: a blank or the pixel that was there.
 void ApplyMap(ConstFrameView src, FrameView dst, const int32_t* map, bool fillBlank) {
-  const int32_t pixels = dst.width * dst.height;
-  const uint8_t* in = src.data;
-  uint8_t* out = dst.data;
-  Rand rand;
-  for (int32_t i = 0; i < pixels; ++i, out += 4) {
-    int32_t index = map[i];
-    if (index < 0) {
-      if (fillBlank) {
+  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
+    for (int32_t i = begin * dst.width; i < end * dst.width; ++i) {
+      uint8_t* out = dst.data + static_cast<ptrdiff_t>(i) * 4;
+      if (map[i] < 0 && fillBlank) {
         std::memset(out, 0, 4);
         continue;
       }
-      index = i;
-    } else if (index >= pixels) {
-      index = rand.Next() % pixels;
+      const int32_t index = map[i] < 0 ? i : map[i];
+      std::memcpy(out, src.data + static_cast<ptrdiff_t>(index) * 4, 4);
     }
-    std::memcpy(out, in + static_cast<ptrdiff_t>(index) * 4, 4);
+  });
+}
+
+// Every pixel from anywhere in the source.
+void ShowStatic(ConstFrameView src, FrameView dst) {
+  const int32_t pixels = dst.width * dst.height;
+  Rand rand;
+  for (int32_t i = 0; i < pixels; ++i) {
+    const int32_t index = rand.Next() % pixels;
+    std::memcpy(dst.data + static_cast<ptrdiff_t>(i) * 4, src.data + static_cast<ptrdiff_t>(index) * 4, 4);
   }
 }
 
@@ -123,7 +130,10 @@ void C3DFlippoFilter::Process(uint8_t* src, uint8_t* dst, int32_t, int32_t, cons
   invertRotation_ = Trunc32(Param(params, 7)) != 0;
   const bool atRest = rates_[0] == 0.5 && rates_[1] == 0.5 && rates_[2] == 0.5;
   if ((!map_ || !atRest) && !RebuildMap()) return;
-  ApplyMap(PackedSource(src, width, height), PackedDest(dst, width, height), map_.Data(), fillBlank_);
+  const ConstFrameView in = PackedSource(src, width, height);
+  const FrameView out = PackedDest(dst, width, height);
+  if (static_) return ShowStatic(in, out);
+  ApplyMap(in, out, map_.Data(), fillBlank_);
 }
 
 // False without memory.
@@ -139,11 +149,8 @@ bool C3DFlippoFilter::RebuildMap() {
   }
   const double cx = center_[0] * (width - 1);
   const double cy = center_[1] * (height - 1);
-  if (!std::isfinite(cx) || !std::isfinite(cy)) {
-    // A centre that is nowhere gives no picture but static.
-    std::fill_n(map_.Data(), pixels, static_cast<int32_t>(pixels));
-    return true;
-  }
+  static_ = !std::isfinite(cx) || !std::isfinite(cy);  // a centre that is nowhere gives no picture
+  if (static_) return true;
   const Matrix rotation = Rotation(angles_);
   BuildMap(map_.Data(), width, height, invertRotation_ ? Transposed(rotation) : rotation, cx, cy);
   return true;

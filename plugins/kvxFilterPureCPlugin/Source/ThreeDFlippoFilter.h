@@ -23,6 +23,7 @@ class C3DFlippoFilter : public CBaseFilterProc {
   bool fillBlank_ = true;
   bool invertRotation_ = false;
   ZeroedArray<int32_t> map_;
+  bool static_ = false;  // in place of what the map says
 };
 
 #endif  // KVX_SOURCE_THREE_D_FLIPPO_FILTER_H_

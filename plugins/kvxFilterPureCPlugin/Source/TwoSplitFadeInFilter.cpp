@@ -7,6 +7,7 @@
 #include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
+#include "framework/parallel.h"
 
 namespace {
 
@@ -18,14 +19,14 @@ constexpr int kGreen = 1;
 constexpr int kRed = 2;
 
 // The left half redder, the right half greener, both opaque.
-void Tint(ConstFrameView src, FrameView dst) {
-  ByteOffsets offsets(4 * static_cast<size_t>(std::max(dst.width, 0)), 0);
-  for (int32_t x = 0; x < dst.width; ++x) {
+ByteOffsets TintOf(int32_t width) {
+  ByteOffsets offsets(4 * static_cast<size_t>(std::max(width, 0)), 0);
+  for (int32_t x = 0; x < width; ++x) {
     int16_t* pixel = &offsets[4 * static_cast<size_t>(x)];
-    pixel[x < dst.width / 2 ? kRed : kGreen] = kTint;
+    pixel[x < width / 2 ? kRed : kGreen] = kTint;
     pixel[3] = 255;
   }
-  for (int32_t y = 0; y < dst.height; ++y) AddOffsets(src.Row(y), offsets, dst.Row(y));
+  return offsets;
 }
 
 ByteTable FadeTable(double progress, int32_t tint) {
@@ -36,19 +37,13 @@ ByteTable FadeTable(double progress, int32_t tint) {
 
 // From the tint alone to the tinted picture.
 template <int Tinted>
-void Fade(ConstFrameView src, FrameView dst, int32_t begin, int32_t end, double progress) {
+void FadeRow(const uint8_t* in, uint8_t* out, int32_t count, const ByteTable& plain, const ByteTable& tinted) {
   constexpr int kOther = kGreen + kRed - Tinted;
-  const ByteTable plain = FadeTable(progress, 0);
-  const ByteTable tinted = FadeTable(progress, kTint);
-  for (int32_t y = 0; y < dst.height; ++y) {
-    const uint8_t* in = src.Pixel(begin, y);
-    uint8_t* out = dst.Pixel(begin, y);
-    for (int32_t x = begin; x < end; ++x, in += 4, out += 4) {
-      out[0] = plain[in[0]];
-      out[Tinted] = tinted[in[Tinted]];
-      out[kOther] = plain[in[kOther]];
-      out[3] = 255;
-    }
+  for (int32_t x = 0; x < count; ++x, in += 4, out += 4) {
+    out[0] = plain[in[0]];
+    out[Tinted] = tinted[in[Tinted]];
+    out[kOther] = plain[in[kOther]];
+    out[3] = 255;
   }
 }
 
@@ -59,16 +54,23 @@ void FadeIn(bool leftFades, const CBaseFilterProc& processor, uint8_t* src, uint
   const int32_t half = width / 2;
   const ConstFrameView in{src, width, height, srcStep};
   const FrameView out{dst, width, height, dstStep};
-  CopyRows(src, dst, width, height, srcStep, dstStep);
-  Tint(in, out);
+  // For the bytes between rows.
+  if (srcStep != width * 4 || dstStep != srcStep) CopyRows(src, dst, width, height, srcStep, dstStep);
+  const ByteOffsets tint = TintOf(width);
   const double progress = static_cast<double>(frame) / std::min(frameCount, kFadeFrames);
-  if (progress <= 1) {
-    if (leftFades) {
-      Fade<kRed>(in, out, 0, half, progress);
-    } else {
-      Fade<kGreen>(in, out, half, 2 * half, progress);  // an odd last column does not fade
+  const ByteTable plain = FadeTable(progress, 0);
+  const ByteTable tinted = FadeTable(progress, kTint);
+  ForRowBands(width, 0, height, [=, &tint](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      AddOffsets(in.Row(y), tint, out.Row(y));
+      if (!(progress <= 1)) continue;
+      if (leftFades) {
+        FadeRow<kRed>(in.Row(y), out.Row(y), half, plain, tinted);
+      } else {  // an odd last column does not fade
+        FadeRow<kGreen>(in.Pixel(half, y), out.Pixel(half, y), half, plain, tinted);
+      }
     }
-  }
+  });
 
   const int32_t bar = Trunc32(width * kBarWidth / 640.0);
   const FrameView packed = PackedDest(dst, width, height);

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/host_log.h"
 #include "framework/numeric.h"
-#include "framework/parallel.h"
 #include "framework/params.h"
 
 namespace {
@@ -33,13 +33,9 @@ void CWaterRipple::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t 
     KVX_LOG_ALLOCATION_FAILURE("WaterRippleFilter");
     return;
   }
-  const auto copyTo = [=, this](uint8_t* to, int32_t toStep) {
-    ForRowBands(width, 0, height, [=, w = width](int32_t begin, int32_t end) {
-      CopyRows(src + ptrdiff_t{begin} * srcStep, to + ptrdiff_t{begin} * toStep, w, end - begin, srcStep, toStep);
-    });
-  };
-  copyTo(surface_.Copy(), surface_.CopyStep());
-  copyTo(dst, dstStep);
+  const ConstFrameView in{src, width, height, srcStep};
+  CopyRowsInBands(in, {surface_.Copy(), width, height, surface_.CopyStep()});
+  CopyRowsInBands(in, {dst, width, height, dstStep});
   destPixels_ = dst;
   destStep_ = dstStep;
   WaterStep();

@@ -86,15 +86,15 @@ int32_t BadTvSignal(EngineRecord& record, const EngineImage& image) {
   const double rate = FrameRateOf(record);
   const int64_t rolled = int64_t{Trunc32(125.0 / rate)} * record.frameNumber;
   const uint8_t* edge = kEdges[BlockOf(record.frameNumber, std::max(Trunc32(rate / 24.0), 1))];
-  for (int32_t y = 0; y < height; ++y) {
+  const uint8_t* work = record.workCopy;
+  ForEachRow(image, [=, step = image.stepBytes](int32_t y, uint8_t* to) {
     const int32_t shift = scale * edge[(y / rowsPerEntry) % kBlockRows] % width;
     int64_t turned = (rolled - y - 1 + height) % height;
     if (turned < 0) turned += height;
-    const uint8_t* from = record.workCopy + (height - 1 - turned) * image.stepBytes;
-    uint8_t* to = image.Row(y);
+    const uint8_t* from = work + (height - 1 - turned) * step;
     std::memcpy(to + 4 * shift, from, 4 * static_cast<size_t>(width - shift));
     std::memcpy(to, from + 4 * (width - shift), 4 * static_cast<size_t>(shift));
-  }
+  });
   return kEngineDone;
 }
 

@@ -139,10 +139,14 @@ int32_t LinearLight(EngineRecord&, const BlendImages& images) {
 
 // The quotient of whole numbers this small keeps its integer part in floats. A white material gives white.
 int32_t Dodge(EngineRecord&, const BlendImages& images) {
-  Blend(images, [](int32_t f, int32_t m) {
-    const int32_t white = (m + 1) >> 8;  // 1 or 0: a branch would keep the loop from becoming vector code
-    const float lifted = static_cast<float>(f * 255) / static_cast<float>((255 - m) | white);
-    return std::min(static_cast<int32_t>(lifted), 255) | -white;
+  ForRowBands(images.to.width, 0, images.to.height, [=](int32_t begin, int32_t end) {
+    for (int32_t y = begin; y < end; ++y) {
+      BlendRow(RowsOf(images, y), images.to.width, NoExtra{}, [](int32_t f, int32_t m) {
+        const int32_t white = (m + 1) >> 8;  // 1 or 0: a branch would keep the loop from becoming vector code
+        const float lifted = static_cast<float>(f * 255) / static_cast<float>((255 - m) | white);
+        return std::min(static_cast<int32_t>(lifted), 255) | -white;
+      });
+    }
   });
   return kEngineDone;
 }
@@ -154,21 +158,23 @@ int32_t SoftLight(EngineRecord&, const BlendImages& images) {
     lift[i] = static_cast<uint8_t>(16.0f * std::sqrt(x) - x);
   }
   const ByteTables lifts = {lift.data(), lift.data(), lift.data()};
-  BlendBytes lifted;
-  for (int32_t y = 0; y < images.to.height; ++y) {
-    for (int32_t x = 0; x < images.to.width; x += kBlendRun) {
-      const int32_t count = std::min(kBlendRun, images.to.width - x);
-      const auto [from, material, to] = RowsOf(images, y);
-      MapRow(from + 4 * x, lifted.data(), count, lifts);
-      BlendRow({from + 4 * x, material + 4 * x, to + 4 * x}, count, lifted, [](int32_t f, int32_t m, int32_t l) {
-        // f + (((m - 128) * f * (255 - f)) >> 15) or f + (((m - 128) * l) >> 7), in 16 bits.
-        const auto twice = static_cast<int16_t>(2 * m - 256), parabola = static_cast<int16_t>(f * (255 - f));
-        const auto dark = static_cast<int16_t>(int32_t{twice} * parabola >> 16);
-        const auto bright = static_cast<int16_t>(static_cast<int16_t>((m - 128) * l) >> 7);
-        return f + (m < 128 ? dark : bright);
-      });
+  ForRowBands(images.to.width, 0, images.to.height, [=](int32_t begin, int32_t end) {
+    BlendBytes lifted;
+    for (int32_t y = begin; y < end; ++y) {
+      for (int32_t x = 0; x < images.to.width; x += kBlendRun) {
+        const int32_t count = std::min(kBlendRun, images.to.width - x);
+        const auto [from, material, to] = RowsOf(images, y);
+        MapRow(from + 4 * x, lifted.data(), count, lifts);
+        BlendRow({from + 4 * x, material + 4 * x, to + 4 * x}, count, lifted, [](int32_t f, int32_t m, int32_t l) {
+          // f + (((m - 128) * f * (255 - f)) >> 15) or f + (((m - 128) * l) >> 7), in 16 bits.
+          const auto twice = static_cast<int16_t>(2 * m - 256), parabola = static_cast<int16_t>(f * (255 - f));
+          const auto dark = static_cast<int16_t>(int32_t{twice} * parabola >> 16);
+          const auto bright = static_cast<int16_t>(static_cast<int16_t>((m - 128) * l) >> 7);
+          return f + (m < 128 ? dark : bright);
+        });
+      }
     }
-  }
+  });
   return kEngineDone;
 }
 

@@ -45,9 +45,10 @@ class Vignette {
         middleX_(image.width >> 1),
         factors_(static_cast<size_t>(std::min(outer, middleX_) + 1)) {}
 
-  void Draw() {
+  // The rows `first` to `last` - 1 above and below the middle.
+  void Draw(int32_t first, int32_t last) {
     const int32_t middleY = image_.height >> 1;
-    for (int32_t dy = 0; dy <= middleY; ++dy) {
+    for (int32_t dy = first; dy < last; ++dy) {
       Measure(dy);
       Shade(middleY - dy);
       if (dy > 0 && middleY + dy < image_.height) Shade(middleY + dy);
@@ -104,7 +105,8 @@ int32_t VignetteRadius(EngineRecord& record, const EngineImage& image) {
   constexpr double kMost = 1 << 24;  // beyond every frame
   const int32_t outer = Trunc32(std::clamp(half * (0.1 * f + f + 0.1), 0.0, kMost));
   const int32_t inner = f > 0.3 ? Trunc32(std::min(half * (f - 0.3), kMost)) : 0;
-  Vignette(image, inner, outer).Draw();
+  ForRowBands(int64_t{2} * image.width, 0, (image.height >> 1) + 1,
+              [=, &image](int32_t first, int32_t last) { Vignette(image, inner, outer).Draw(first, last); });
   return kEngineDone;
 }
 

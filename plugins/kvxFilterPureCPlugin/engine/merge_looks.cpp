@@ -180,6 +180,7 @@ void MixTonedRow(uint8_t* p, const uint8_t* toned, int32_t width) {
 // A soft picture of little contrast under the material.
 int32_t OldPhoto(EngineRecord& record, const BlendImages& images) {
   const EngineImage& frame = images.to;
+  const EngineImage& material = images.material;
   uint8_t* work = CopyToWork(record, frame);
   if (!work) return kEngineNoScratch;
   const size_t step = static_cast<size_t>(frame.stepBytes);
@@ -194,12 +195,13 @@ int32_t OldPhoto(EngineRecord& record, const BlendImages& images) {
     for (int32_t y = begin; y < end; ++y) {
       GrayRow(work + static_cast<ptrdiff_t>(y) * frame.stepBytes, toned.data(), width, kLuma255);
       MapRow(toned.data(), toned.data(), width, {tone.data(), tone.data(), tone.data()});
-      MixTonedRow(frame.Row(y), toned.data(), width);
+      uint8_t* row = frame.Row(y);
+      MixTonedRow(row, toned.data(), width);
+      BlendRow(
+          {row, material.Row(y), row}, width, [](uint32_t, uint32_t m) { return FourTimes(m >> 24); },
+          [](int32_t f, int32_t m, int32_t a) { return (f * (255 - a) + m * a) >> 8; });  // white over white gives 254
     }
   });
-  Blend(
-      BlendImages{frame, images.material, frame}, [](uint32_t, uint32_t m) { return FourTimes(m >> 24); },
-      [](int32_t f, int32_t m, int32_t a) { return (f * (255 - a) + m * a) >> 8; });  // white over white gives 254
   return kEngineDone;
 }
 

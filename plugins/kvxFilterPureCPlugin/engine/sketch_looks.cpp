@@ -22,6 +22,22 @@ struct LumaPlane {
   uint8_t* Row(int32_t y) const { return data + static_cast<ptrdiff_t>(y) * width; }
 };
 
+// The largest luma around each inner pixel of a row.
+class MaximaRows {
+ public:
+  explicit MaximaRows(int32_t width) : width_(width), bytes_(2 * static_cast<size_t>(width)) {}
+
+  const uint8_t* Of(const LumaPlane& luma, int32_t y) {
+    uint8_t* maxima = bytes_.data() + width_;
+    MaxOf3x3({luma.Row(y - 1), luma.Row(y), luma.Row(y + 1)}, 1, width_, bytes_.data(), maxima);
+    return maxima;
+  }
+
+ private:
+  int32_t width_;
+  std::vector<uint8_t> bytes_;
+};
+
 // A pixel's share of the brightest around it: near white in even areas, dark where something brighter is close.
 int32_t PencilLevel(int32_t maximum, int32_t level) {
   return std::min((16777216 / (maximum + 8) * level) >> 16, 255);
@@ -79,28 +95,31 @@ int32_t SketchInPhoto(EngineRecord& record, const EngineImage& image) {
   // Luma of those pixels with a rim of one.
   const int32_t width = right - left + 2;
   const int32_t height = bottom - top + 2;
-  uint8_t* scratch = EnsureWorkCopy(record, width * (height + 2));
+  uint8_t* scratch = EnsureWorkCopy(record, width * height);
   if (!scratch) return kEngineNoScratch;
   const LumaPlane luma{scratch, width};
-  for (int32_t row = 0; row < height; ++row) {
-    const uint8_t* p = image.Row(std::clamp(top - 1 + row, 0, image.height - 1));
-    uint8_t* out = luma.Row(row);
-    for (int32_t column = 0; column < width; ++column) {
-      out[column] = static_cast<uint8_t>(Luma4(p + 4 * std::clamp(left - 1 + column, 0, image.width - 1)));
+  ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
+    for (int32_t row = begin; row < end; ++row) {
+      const uint8_t* p = image.Row(std::clamp(top - 1 + row, 0, image.height - 1));
+      uint8_t* out = luma.Row(row);
+      for (int32_t column = 0; column < width; ++column) {
+        out[column] = static_cast<uint8_t>(Luma4(p + 4 * std::clamp(left - 1 + column, 0, image.width - 1)));
+      }
     }
-  }
+  });
 
-  uint8_t* columnMaxima = luma.Row(height);
-  uint8_t* maxima = luma.Row(height + 1);
-  for (int32_t row = 1; row < height - 1; ++row) {
-    MaxOf3x3({luma.Row(row - 1), luma.Row(row), luma.Row(row + 1)}, 1, width, columnMaxima, maxima);
-    const int32_t py = top - 1 + row;
-    for (int32_t column = 1; column < width - 1; ++column) {
-      const int32_t px = left - 1 + column;
-      if (!triangles[0].Contains(px, py) && !triangles[1].Contains(px, py)) continue;
-      SetGray(image.Row(py) + 4 * px, kPencil[256 * maxima[column] + luma.Row(row)[column - 1]]);
+  ForRowBands(width, 1, height - 1, [=](int32_t begin, int32_t end) {
+    MaximaRows maxima(width);
+    for (int32_t row = begin; row < end; ++row) {
+      const uint8_t* largest = maxima.Of(luma, row);
+      const int32_t py = top - 1 + row;
+      for (int32_t column = 1; column < width - 1; ++column) {
+        const int32_t px = left - 1 + column;
+        if (!triangles[0].Contains(px, py) && !triangles[1].Contains(px, py)) continue;
+        SetGray(image.Row(py) + 4 * px, kPencil[256 * largest[column] + luma.Row(row)[column - 1]]);
+      }
     }
-  }
+  });
   return kEngineDone;
 }
 
@@ -110,29 +129,30 @@ int32_t LineDrawing(EngineRecord& record, const EngineImage& image) {
   static const LevelPairTable kDrawn =
       MakeLevelPairTable([](int32_t maximum, int32_t level) { return HardBlend(level, PencilLevel(maximum, level)); });
   const int32_t width = image.width;
-  uint8_t* scratch = EnsureWorkCopy(record, width * (image.height + 2));
+  uint8_t* scratch = EnsureWorkCopy(record, width * image.height);
   if (!scratch) return kEngineNoScratch;
   const LumaPlane luma{scratch, width};
   MakeGrayPlane(image, luma.data);
 
-  const auto drawBorder = [&luma](uint8_t* p, int32_t x, int32_t y) {
+  const auto drawBorder = [luma](uint8_t* p, int32_t x, int32_t y) {
     const int32_t level = luma.Row(y)[x];
     SetGray(p, level == 0 ? HardBlend(0, 255) : kDrawn[256 * level + level]);
   };
-  uint8_t* columnMaxima = luma.Row(image.height);
-  uint8_t* maxima = luma.Row(image.height + 1);
-  for (int32_t y = 0; y < image.height; ++y) {
-    uint8_t* p = image.Row(y);
-    if (y == 0 || y == image.height - 1) {
-      for (int32_t x = 0; x < width; ++x) drawBorder(p + 4 * x, x, y);
-      continue;
+  ForRowBands(width, 0, image.height, [=](int32_t begin, int32_t end) {
+    MaximaRows maxima(width);
+    for (int32_t y = begin; y < end; ++y) {
+      uint8_t* p = image.Row(y);
+      if (y == 0 || y == image.height - 1) {
+        for (int32_t x = 0; x < width; ++x) drawBorder(p + 4 * x, x, y);
+        continue;
+      }
+      const uint8_t* row = luma.Row(y);
+      const uint8_t* largest = maxima.Of(luma, y);
+      for (int32_t x = 1; x < width - 1; ++x) SetGray(p + 4 * x, kDrawn[256 * largest[x] + row[x - 1]]);
+      drawBorder(p, 0, y);
+      drawBorder(p + 4 * (width - 1), width - 1, y);
     }
-    const uint8_t* row = luma.Row(y);
-    MaxOf3x3({luma.Row(y - 1), row, luma.Row(y + 1)}, 1, width, columnMaxima, maxima);
-    for (int32_t x = 1; x < width - 1; ++x) SetGray(p + 4 * x, kDrawn[256 * maxima[x] + row[x - 1]]);
-    drawBorder(p, 0, y);
-    drawBorder(p + 4 * (width - 1), width - 1, y);
-  }
+  });
   return kEngineDone;
 }
 

@@ -11,6 +11,8 @@ namespace {
 
 // Rows that are averaged side by side: each level waits for the one before it.
 constexpr int32_t kSideBySide = 8;
+// Columns that one thread takes at the least.
+constexpr int32_t kStripWidth = 64;
 
 // The last level of a row has no place in this pass. In place: the left neighbour is averaged already.
 template <int32_t rows>
@@ -30,19 +32,18 @@ void BlurRows(uint8_t* plane, int32_t width) {
   }
 }
 
-// In place as well: the row above is averaged already.
-void BlurColumns(uint8_t* plane, int32_t width, int32_t height) {
+// In place as well: the row above is averaged already. `count` columns of a plane with rows of `size` bytes.
+void BlurColumns(uint8_t* plane, size_t count, size_t size, int32_t height) {
   if (height < 2) return;
-  const auto size = static_cast<size_t>(width);
   for (int32_t y = 0; y < height; ++y) {
     uint8_t* row = plane + size * static_cast<size_t>(y);
     if (y == 0 || y == height - 1) {
       const uint8_t* other = y == 0 ? row + size : row - size;
-      for (size_t x = 0; x < size; ++x) row[x] = static_cast<uint8_t>((row[x] + other[x]) / 2);
+      for (size_t x = 0; x < count; ++x) row[x] = static_cast<uint8_t>((row[x] + other[x]) / 2);
     } else {
       const uint8_t* above = row - size;
       const uint8_t* below = row + size;
-      for (size_t x = 0; x < size; ++x) {
+      for (size_t x = 0; x < count; ++x) {
         row[x] = static_cast<uint8_t>(static_cast<uint16_t>(above[x] + row[x] + below[x]) / 3);
       }
     }
@@ -62,12 +63,19 @@ int32_t GrayNoise(EngineRecord& record, const EngineImage& image) {
     uint8_t* row = plane + static_cast<ptrdiff_t>(y) * width;
     for (int32_t x = 0; x < width; ++x) row[x] = static_cast<uint8_t>((185 * p[4 * x] + 71 * (rand.Next() & 255)) >> 8);
   }
-  int32_t done = 0;
-  for (; done + kSideBySide <= image.height; done += kSideBySide) {
-    BlurRows<kSideBySide>(plane + static_cast<ptrdiff_t>(done) * width, width);
-  }
-  for (; done < image.height; ++done) BlurRows<1>(plane + static_cast<ptrdiff_t>(done) * width, width);
-  BlurColumns(plane, width, image.height);
+  ForRowBands(width, 0, image.height, [=](int32_t begin, int32_t end) {
+    int32_t y = begin;
+    for (; y + kSideBySide <= end; y += kSideBySide) {
+      BlurRows<kSideBySide>(plane + static_cast<ptrdiff_t>(y) * width, width);
+    }
+    for (; y < end; ++y) BlurRows<1>(plane + static_cast<ptrdiff_t>(y) * width, width);
+  });
+  // The columns, in bands side by side.
+  ForRowBands(image.height, 0, width,
+              [=, height = image.height](int32_t begin, int32_t end) {
+                BlurColumns(plane + begin, static_cast<size_t>(end - begin), static_cast<size_t>(width), height);
+              },
+              {.rows = kStripWidth});
   ForEachRow(image,
              [=](int32_t y, uint8_t* row) { StoreGrays(row, plane + static_cast<ptrdiff_t>(y) * width, width); });
   return kEngineDone;

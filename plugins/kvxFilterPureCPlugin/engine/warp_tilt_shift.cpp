@@ -57,19 +57,22 @@ int32_t TiltShift(EngineRecord& record, const EngineImage& frame, const EngineIm
   const int32_t half = (bottom - top) / 2;
   const int32_t fade = height / 2 - half;
 
+  const Curve contrast = SineContrastCurve(record.level);
   ForRowBands(width, 0, height, [=, &kernels](int32_t begin, int32_t end) {
     BlurScratch scratch(largest);
     std::vector<uint8_t> out(static_cast<size_t>(width) * 4);
     for (int32_t y = begin; y < end; ++y) {
       const int32_t q = fade ? ClampInt((std::abs(y - center) - half) * largest / fade, 0, largest) : 0;
-      if (q == 0) continue;
-      BlurRow(copy, y, kernels[static_cast<size_t>(q)], scratch, out.data());
-      const bool beside = y >= top && y < bottom;  // rows of the rectangle blur only left and right of it
-      StoreColors(frame.Row(y), out.data(), beside ? left : width);
-      if (beside) StoreColors(frame.Row(y) + 4 * right, out.data() + 4 * static_cast<ptrdiff_t>(right), width - right);
+      uint8_t* row = frame.Row(y);
+      if (q > 0) {
+        BlurRow(copy, y, kernels[static_cast<size_t>(q)], scratch, out.data());
+        const bool beside = y >= top && y < bottom;  // rows of the rectangle blur only left and right of it
+        StoreColors(row, out.data(), beside ? left : width);
+        if (beside) StoreColors(row + 4 * right, out.data() + 4 * static_cast<ptrdiff_t>(right), width - right);
+      }
+      MapRow(row, row, width, {contrast.data(), contrast.data(), contrast.data()});
     }
   });
-  SineContrast(frame, frame, record.level);
   return kEngineDone;
 }
 
