@@ -32,7 +32,8 @@ best = {name: [float("inf")] * 2 for name, _ in rows}
 for _ in range(runs):
     for name, command in rows:
         before, start = os.times(), time.monotonic()
-        subprocess.run(["sh", "-c", command], check=True, stdout=subprocess.DEVNULL)
+        if status := subprocess.run(["sh", "-c", command], stdout=subprocess.DEVNULL).returncode:
+            sys.exit(f"scripts/road.sh: {name} ended with {status}: {command}")
         wall, after = time.monotonic() - start, os.times()
         cpu = after.children_user - before.children_user + after.children_system - before.children_system
         best[name] = [min(best[name][0], wall), min(best[name][1], cpu)]
@@ -46,10 +47,10 @@ echo "Invert, to Y4M nowhere:"
 in_turn "kvx='$kvx' render Invert '$clip' - -q" ${other:+"the other kvx='$other' render Invert '$clip' - -q"} \
   "ffmpeg=ffmpeg -nostdin -loglevel error -i '$clip' -vf format=bgra,negate,format=yuv420p -f yuv4mpegpipe -y /dev/null"
 
-chain='-e Warm -e Explosion -e Snow -e Aibao -e Emboss --frames 60 --seed 1 -q'
+chain='-e Warm -e Explosion -e Snow -e Aibao -e Emboss --frames 60 -q'
 echo "Five effects, one of them in order:"
-in_turn "kvx='$kvx' render '$clip' - $chain 2>/dev/null" "kvx, one thread='$kvx' render '$clip' - $chain -j 1 2>/dev/null" \
-  ${other:+"the other kvx='$other' render '$clip' - $chain 2>/dev/null"}
+in_turn "kvx='$kvx' render '$clip' - $chain" "kvx, one thread='$kvx' render '$clip' - $chain -j 1" \
+  ${other:+"the other kvx='$other' render '$clip' - $chain"}
 
 echo "Start and stop:"
 "$kvx" render Invert demo "$scratch/in_%03d.png" --frames 100 --size 320x180 -q
