@@ -110,6 +110,18 @@ class StudioCase(unittest.TestCase):
         self.assertEqual(frames[0], frames[1])
         self.assertEqual(len(frames[0].encode(errors="surrogateescape")), 120 * 160 * 90 * 4)
 
+    def test_lines_for_other_programs_say_what_those_can_do(self):
+        def lines(effect, param, values):
+            recipe = {"effects": [{"effect": effect, "params": {param: values}}]}
+            return {row["program"]: row for row in json.loads(self.ask("lines", {"recipe": recipe}))["lines"]}
+
+        number = lines("Brightness", "Bringhtness", {"0": 20, "30": 80})
+        self.assertIn("'bringhtness=0=20;30=80'", number["melt"]["line"])
+        self.assertEqual(number["gst-launch-1.0"]["line"], "")
+        color = lines("BGFWave", "BG_Color", {"0": 255, "30": 65280})  # melt goes by channel: other pictures
+        self.assertIn("BG_Color=0:255,30:65280", color["kvx"]["line"])
+        self.assertEqual((color["melt"]["line"], "colours over time" in color["melt"]["note"]), ("", True))
+
     def test_render_stops_when_cancelled_and_when_the_page_is_gone(self):
         studio = Studio(KVX, "demo", self.home)
         self.addCleanup(studio.stop)

@@ -20,9 +20,9 @@ uint32_t Quarter(uint32_t pixel) {
   return pixel >> 2 & kQuarterMask;
 }
 
-// A frame that enters the sum: its own quarter and the three other planes; a quarter of the result goes back.
-void AddFrame(ConstFrameView src, FrameView dst, uint32_t* own, const uint32_t* p1, const uint32_t* p2,
-              const uint32_t* p3) {
+// Every pixel of `dst` from the one of `src` and its place in a plane.
+template <typename PixelOf>
+void Paint(ConstFrameView src, FrameView dst, PixelOf pixelOf) {
   const size_t stride = static_cast<size_t>(dst.step) / 4;
   ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
     for (int32_t y = begin; y < end; ++y) {
@@ -30,31 +30,28 @@ void AddFrame(ConstFrameView src, FrameView dst, uint32_t* own, const uint32_t* 
       uint8_t* out = dst.Row(y);
       const size_t row = static_cast<size_t>(y) * stride;
       for (int32_t x = 0; x < dst.width; ++x) {
-        const size_t i = row + static_cast<size_t>(x);
-        const uint32_t pixel = LoadPixel(in, x);
-        const uint32_t sum = (Quarter(pixel) + p1[i] + p2[i] + p3[i]) | (pixel & 0xFF000000);
-        StorePixel(out, x, sum);
-        own[i] = Quarter(sum);
+        StorePixel(out, x, pixelOf(LoadPixel(in, x), row + static_cast<size_t>(x)));
       }
     }
   });
 }
 
+// A frame that enters the sum: its own quarter and the three other planes; a quarter of the result goes back.
+void AddFrame(ConstFrameView src, FrameView dst, uint32_t* own, const uint32_t* p1, const uint32_t* p2,
+              const uint32_t* p3) {
+  Paint(src, dst, [=](uint32_t pixel, size_t i) {
+    const uint32_t sum = (Quarter(pixel) + p1[i] + p2[i] + p3[i]) | (pixel & 0xFF000000);
+    own[i] = Quarter(sum);
+    return sum;
+  });
+}
+
 // A frame that does not: the sum as it stands, under the source's alpha.
 void ShowSum(ConstFrameView src, FrameView dst, const uint32_t* planes, size_t planeLength) {
-  const size_t stride = static_cast<size_t>(dst.step) / 4;
   std::array<const uint32_t*, kPlanes> p;
   for (uint32_t i = 0; i < kPlanes; ++i) p[i] = planes + i * planeLength;
-  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
-    for (int32_t y = begin; y < end; ++y) {
-      const uint8_t* in = src.Row(y);
-      uint8_t* out = dst.Row(y);
-      const size_t row = static_cast<size_t>(y) * stride;
-      for (int32_t x = 0; x < dst.width; ++x) {
-        const size_t i = row + static_cast<size_t>(x);
-        StorePixel(out, x, (p[0][i] + p[1][i] + p[2][i] + p[3][i]) | (LoadPixel(in, x) & 0xFF000000));
-      }
-    }
+  Paint(src, dst, [p](uint32_t pixel, size_t i) {
+    return (p[0][i] + p[1][i] + p[2][i] + p[3][i]) | (pixel & 0xFF000000);
   });
 }
 

@@ -22,7 +22,6 @@ constexpr ParamRow kParams[] = {{u"Size", 0, 1, 100}};
 // Draws what of the lens lies in rows `begin` to `end` - 1.
 void Lens(ConstFrameView src, FrameView dst, int32_t cx, int32_t cy, double radius, int32_t begin, int32_t end) {
   const double square = radius * radius;
-  const ConstFrameView center{src.Pixel(cx, cy), src.width, src.height, src.step};
   const int32_t reach = Trunc32(radius);
   const int32_t left = std::max(0, cx - reach), right = std::min(dst.width - 1, cx + reach);
   const int32_t top = std::max(begin, cy - reach), bottom = std::min(end - 1, cy + reach);
@@ -33,7 +32,7 @@ void Lens(ConstFrameView src, FrameView dst, int32_t cx, int32_t cy, double radi
       const int32_t dx = x - cx;
       const double e = (dx * dx + dy * dy) / square;
       if (e > 1) continue;
-      std::memcpy(out + 4 * x, center.Pixel(static_cast<int32_t>(dx * e), static_cast<int32_t>(dy * e)), 4);
+      std::memcpy(out + 4 * x, src.Pixel(cx + static_cast<int32_t>(dx * e), cy + static_cast<int32_t>(dy * e)), 4);
     }
   }
 }

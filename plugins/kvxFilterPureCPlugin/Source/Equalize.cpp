@@ -54,8 +54,8 @@ void CEqualize::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dst
   const FrameView out{dst, width, height, dstStep};
   const cv::Mat frame = MatrixOf(in);
   const ConstFrameView picture = PictureOf(frame);
-  CopyRowsInBands(in, out);
-  if (picture.Empty()) return;
+  if (picture.Empty()) return CopyRowsInBands(in, out);
+  CopyBetweenRows(in, out);
   const std::array<Histogram, 3> counts = Count(picture);
   const uint64_t pixels = static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height);
   const ByteTable table0 = TableOf(counts[0], pixels), table1 = TableOf(counts[1], pixels),

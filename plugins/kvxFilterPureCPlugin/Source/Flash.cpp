@@ -38,8 +38,7 @@ void FillLight(ByteOffsets& light, int64_t dy, int64_t centerX, int32_t radius) 
   }
 }
 
-// Rows `begin` to `end` - 1 and, of those whose twin comes behind them, the twin. Not inlined: that costs a tenth of
-// the speed.
+// Rows `begin` to `end` - 1 and, of those whose twin comes behind them, the twin. Inlined it would take a tenth longer.
 [[gnu::noinline]] void FlashRows(ConstFrameView src, FrameView dst, int64_t centerX, int64_t centerY, int32_t radius,
                                  int32_t begin, int32_t end) {
   ByteOffsets light(4 * static_cast<size_t>(std::max(dst.width, 0)));

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "Source/PixelWords.h"
 #include "Source/PointRows.h"
 #include "framework/frame.h"
 #include "framework/numeric.h"
@@ -76,14 +77,13 @@ void CHueShift::GetParamDesc(FilterParamDesc* desc, int32_t index) {
 }
 
 void CHueShift::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t dstStep, const ParamValueArray* params) {
-  // For the bytes between rows.
-  if (srcStep != width * 4 || dstStep != srcStep) CopyRows(src, dst, width, height, srcStep, dstStep);
+  const ConstFrameView in{src, width, height, srcStep};
+  const FrameView out{dst, width, height, dstStep};
+  CopyBetweenRows(in, out);
   const Matrix4 m = HueRotation(DegreesOf(Trunc32(Param(params, 1))));
   ColorMatrix matrix;
   for (size_t i = 0; i < 3; ++i) std::copy_n(m[i].begin(), 3, matrix.factors[i].begin());
   std::copy_n(m[3].begin(), 3, matrix.offsets.begin());
-  const ConstFrameView in{src, width, height, srcStep};
-  const FrameView out{dst, width, height, dstStep};
   ForRowBands(width, 0, height, [=](int32_t begin, int32_t end) {
     for (int32_t y = begin; y < end; ++y) MatrixRow(in.Row(y), out.Row(y), out.width, matrix);
   });

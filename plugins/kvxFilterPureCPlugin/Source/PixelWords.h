@@ -32,12 +32,11 @@ inline void CopyVisibleInBands(ConstFrameView src, FrameView dst) {
   });
 }
 
-// CopyRows on several threads where the frame is large.
-inline void CopyRowsInBands(ConstFrameView src, FrameView dst) {
-  if (!src.data || !dst.data) return;
-  ForRowBands(dst.width, 0, dst.height, [=](int32_t begin, int32_t end) {
-    CopyRows(src.Row(begin), dst.Row(begin), dst.width, end - begin, src.step, dst.step);
-  });
+// What CopyRows gives beside the pixels, for passes that write every one of them: the bytes between rows.
+inline void CopyBetweenRows(ConstFrameView src, FrameView dst) {
+  if (src.step != dst.width * 4 || dst.step != src.step) {
+    CopyRows(src.data, dst.data, dst.width, dst.height, src.step, dst.step);
+  }
 }
 
 #endif  // KVX_SOURCE_PIXEL_WORDS_H_

@@ -54,8 +54,7 @@ void FadeIn(bool leftFades, const CBaseFilterProc& processor, uint8_t* src, uint
   const int32_t half = width / 2;
   const ConstFrameView in{src, width, height, srcStep};
   const FrameView out{dst, width, height, dstStep};
-  // For the bytes between rows.
-  if (srcStep != width * 4 || dstStep != srcStep) CopyRows(src, dst, width, height, srcStep, dstStep);
+  CopyBetweenRows(in, out);
   const ByteOffsets tint = TintOf(width);
   const double progress = static_cast<double>(frame) / std::min(frameCount, kFadeFrames);
   const ByteTable plain = FadeTable(progress, 0);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "Source/PixelWords.h"
 #include "framework/frame.h"
 #include "framework/host_log.h"
 #include "framework/numeric.h"

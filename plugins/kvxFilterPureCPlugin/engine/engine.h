@@ -76,9 +76,6 @@ struct EngineImage {
 
 EngineImage MakeEngineImage(uint8_t* pixels, int32_t width, int32_t height, int32_t stepBytes);
 
-// Rows of `from` to those of `image`, as CopyRows does, on several threads where the image is large. Both of one size.
-void EngineCopy(const EngineImage& from, const EngineImage& image);
-
 // `code` is a code::EngineCode or another one of its ranges. The caller frees the record with EngineFree.
 int32_t EngineCreate(EngineRecord** out, uint32_t code);
 

@@ -4,7 +4,6 @@
 #include <mutex>
 
 #include "engine/engine_internal.h"
-#include "framework/frame.h"
 #include "framework/random.h"
 #include "platform/clock.h"
 
@@ -57,13 +56,6 @@ EngineImage MakeEngineImage(uint8_t* pixels, int32_t width, int32_t height, int3
   const int64_t total = static_cast<int64_t>(stepBytes) * height;
   return {
       sizeof(EngineImage), width, height, 32, stepBytes, total <= INT32_MAX ? static_cast<int32_t>(total) : -1, pixels};
-}
-
-void EngineCopy(const EngineImage& from, const EngineImage& image) {
-  if (!from.pixels || !image.pixels) return;
-  ForRowBands(image.width, 0, image.height, [=](int32_t begin, int32_t end) {
-    CopyRows(from.Row(begin), image.Row(begin), image.width, end - begin, from.stepBytes, image.stepBytes);
-  });
 }
 
 uint8_t* EnsureWorkCopy(EngineRecord& record, int32_t size) {

@@ -32,4 +32,7 @@ inline FrameView PackedDest(uint8_t* data, int32_t width, int32_t height) {
 // height * dstStep bytes at once; otherwise each row copies the smaller step. The width is only tested.
 bool CopyRows(const uint8_t* src, uint8_t* dst, int32_t width, int32_t height, int32_t srcStep, int32_t dstStep);
 
+// The same on several threads where the frame is large. Both of one size.
+void CopyRowsInBands(ConstFrameView src, FrameView dst);
+
 #endif  // KVX_FRAMEWORK_FRAME_H_

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "framework/frame.h"
 #include "framework/numeric.h"
 #include "framework/params.h"
 
@@ -70,7 +71,7 @@ void EngineShell::Process(uint8_t* src, uint8_t* dst, int32_t srcStep, int32_t d
   if (record_) TakeParams(params);
   const EngineImage from = MakeEngineImage(src, width, height, srcStep);
   const EngineImage image = MakeEngineImage(dst, width, height, dstStep);
-  const auto copy = [&] { EngineCopy(from, image); };
+  const auto copy = [&] { CopyRowsInBands({src, width, height, srcStep}, {dst, width, height, dstStep}); };
   // A copy also takes bytes between rows along, and leaves the rest of rows that are longer than the source's.
   const bool spared = src && srcStep == width * 4 && dstStep == width * 4 && EngineSparesCopy(record_);
   if (!spared) copy();
