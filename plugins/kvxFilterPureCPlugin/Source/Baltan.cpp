@@ -50,9 +50,8 @@ void AddFrame(ConstFrameView src, FrameView dst, uint32_t* own, const uint32_t* 
 void ShowSum(ConstFrameView src, FrameView dst, const uint32_t* planes, size_t planeLength) {
   std::array<const uint32_t*, kPlanes> p;
   for (uint32_t i = 0; i < kPlanes; ++i) p[i] = planes + i * planeLength;
-  Paint(src, dst, [p](uint32_t pixel, size_t i) {
-    return (p[0][i] + p[1][i] + p[2][i] + p[3][i]) | (pixel & 0xFF000000);
-  });
+  Paint(src, dst,
+        [p](uint32_t pixel, size_t i) { return (p[0][i] + p[1][i] + p[2][i] + p[3][i]) | (pixel & 0xFF000000); });
 }
 
 }  // namespace
